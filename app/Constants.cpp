@@ -1,0 +1,10 @@
+#include "Constants.h"
+
+namespace Constants {
+
+ProgramInfo getProgramInfo()
+{
+    return ProgramInfo {123, 27, 4, 3, 2023};
+}
+
+} // namespace Constants

@@ -1,0 +1,79 @@
+#include "UnixApplication.h"
+
+#include <QDebug>
+#include <QEventLoop>
+#include <QTimer>
+
+#include "LocalSettings.h"
+#include "MainWindow.h"
+
+namespace {
+const QString wakeUpMessage = QStringLiteral("Wake up!");
+}
+
+UnixApplication::UnixApplication(int& argc, char** argv)
+    : SingleApplication(QStringLiteral("Pellwick"), argc, argv)
+{
+    isRunning();
+    setOrganizationName(QStringLiteral("QOLV"));
+    setApplicationName(QStringLiteral("Tavrin"));
+    mainWindow = nullptr;
+    connect(this, &SingleApplication::messageReceived, this, &UnixApplication::handleMessage);
+}
+
+UnixApplication::~UnixApplication()
+{
+    delete mainWindow;
+    mainWindow = nullptr;
+}
+
+bool UnixApplication::launch(bool hidden)
+{
+    qDebug().noquote() << QString(64, QLatin1Char('-'));
+    qDebug().noquote() << applicationName() + QLatin1Char(' ') + applicationVersion()
+            + QStringLiteral(" started. Build date: ") + QStringLiteral(__DATE__ ", " __TIME__);
+
+    if (!oneInstance())
+        return false;
+
+    // The store resets itself at every start unless the user is remembered; only the instance may do that.
+    LocalSettings::instance();
+    mainWindow = new MainWindow();
+    if (hidden)
+        mainWindow->onHide();
+    else
+        mainWindow->onShow();
+    return true;
+}
+
+bool UnixApplication::oneInstance()
+{
+    // Two attempts: an instance that is just starting may not listen yet.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        processEvents();
+        qDebug() << "Try wake up!";
+        if (sendMessage(wakeUpMessage, 500))
+            return false;
+        qDebug() << "Not one";
+        QEventLoop pause;
+        QTimer::singleShot(100, &pause, &QEventLoop::quit);
+        pause.exec();
+    }
+    return true;
+}
+
+void UnixApplication::handleMessage(const QString& message)
+{
+    qDebug() << "Wake up!";
+    if (message == wakeUpMessage && mainWindow) {
+        mainWindow->onShow();
+        mainWindow->activateWindow();
+        showMainTopmost();
+    }
+}
+
+void UnixApplication::showMainTopmost()
+{
+    mainWindow->setWindowFlags(mainWindow->windowFlags() | Qt::CustomizeWindowHint | Qt::WindowStaysOnTopHint);
+    mainWindow->show();
+}
