@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QVector>
+
+#include "ServerInfo.h"
+
+class QThreadPool;
+
+// Measures the latency of every server of a list on a small pool of threads and files
+// the results by server name. Lives on the main thread; results arrive queued.
+class PingManager : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit PingManager(QObject* parent = nullptr);
+
+    // Starts a new pass: stops the previous one, then queues one job per record.
+    void pingServers(QVector<ServerInfo> servers);
+    // Drops queued jobs and waits at most 200 ms for running ones; late results still arrive.
+    void stopPing();
+    // The records of the current pass, one per name, in name order.
+    QVector<ServerInfo> servers() const;
+
+signals:
+    void pingServersFinished();
+
+public slots:
+    void onPingFinished(bool success, double timeMs, QString name, QString ip);
+
+private:
+    QMap<QString, ServerInfo> results;
+    QThreadPool* pool;
+    int finishedCount = 0;
+};
