@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QByteArray>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QObject>
+#include <QString>
+#include <QUrl>
+
+class QNetworkReply;
+
+// One request channel to the service: one GET at a time, each attempt watched by a ReplyTimeout, a failed attempt
+// re-sent at once up to five times. The owner reads the public fields after finished(0).
+class GetManager : public QObject
+{
+    Q_OBJECT
+
+public:
+    GetManager(int timeoutMs, QObject* parent);
+
+    void getAsync(QUrl url, int id);
+    // Blocks in a local event loop until a plain-http probe of a public site answers or times out; true when
+    // the answer had a body.
+    bool checkInternetBlock();
+
+    QNetworkAccessManager manager;
+    bool success = false;
+    QString errorString;
+    // The last successful body; kept across a failed request, so look at `success` first.
+    QByteArray data;
+    const int timeout;
+    int retryCount = 0;
+    QNetworkRequest request;
+
+signals:
+    void progress(int percent);
+    void finished(int);
+
+public slots:
+    void getReply();
+    void slotFinished(QNetworkReply* reply);
+    void slotDownloadProgress(qint64 received, qint64 total);
+
+private:
+    // The probe has its own access manager so that slotFinished never takes its body or re-sends for it.
+    QNetworkAccessManager m_probeManager;
+};

@@ -1,0 +1,262 @@
+#include "FakeService.h"
+
+#include <QFile>
+#include <QPointer>
+#include <QProcess>
+#include <QSslSocket>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QUrlQuery>
+
+#include <memory>
+
+#include "FakeAnswers.h"
+
+namespace {
+const int maxRequestHead = 64 * 1024;
+
+// One key and certificate per process: openssl is slow enough that a test suite should not pay for it per server.
+bool makeCertificate(QSslCertificate* certificate, QSslKey* key, QString* error)
+{
+    static QSslCertificate cachedCertificate;
+    static QSslKey cachedKey;
+    if (cachedCertificate.isNull()) {
+        QTemporaryDir dir;
+        if (!dir.isValid()) {
+            *error = QStringLiteral("no temporary directory for the certificate");
+            return false;
+        }
+        const QString keyPath = dir.filePath(QStringLiteral("key.pem"));
+        const QString certPath = dir.filePath(QStringLiteral("cert.pem"));
+        QProcess openssl;
+        openssl.start(QStringLiteral("openssl"),
+                      {QStringLiteral("req"),
+                       QStringLiteral("-x509"),
+                       QStringLiteral("-newkey"),
+                       QStringLiteral("ec"),
+                       QStringLiteral("-pkeyopt"),
+                       QStringLiteral("ec_paramgen_curve:prime256v1"),
+                       QStringLiteral("-nodes"),
+                       QStringLiteral("-subj"),
+                       QStringLiteral("/CN=localhost"),
+                       QStringLiteral("-days"),
+                       QStringLiteral("2"),
+                       QStringLiteral("-keyout"),
+                       keyPath,
+                       QStringLiteral("-out"),
+                       certPath});
+        if (!openssl.waitForFinished(30000) || openssl.exitStatus() != QProcess::NormalExit
+            || openssl.exitCode() != 0) {
+            *error = QStringLiteral("openssl failed: ") + QString::fromLocal8Bit(openssl.readAllStandardError());
+            return false;
+        }
+        QFile certFile(certPath);
+        QFile keyFile(keyPath);
+        if (!certFile.open(QIODevice::ReadOnly) || !keyFile.open(QIODevice::ReadOnly)) {
+            *error = QStringLiteral("cannot read the certificate openssl made");
+            return false;
+        }
+        cachedCertificate = QSslCertificate(certFile.readAll(), QSsl::Pem);
+        cachedKey = QSslKey(keyFile.readAll(), QSsl::Ec, QSsl::Pem);
+        if (cachedCertificate.isNull() || cachedKey.isNull()) {
+            cachedCertificate = QSslCertificate();
+            *error = QStringLiteral("cannot load the certificate openssl made");
+            return false;
+        }
+    }
+    *certificate = cachedCertificate;
+    *key = cachedKey;
+    return true;
+}
+
+QByteArray reason(int status)
+{
+    switch (status) {
+    case 200:
+        return "OK";
+    case 400:
+        return "Bad Request";
+    case 404:
+        return "Not Found";
+    default:
+        return "Internal Server Error";
+    }
+}
+} // namespace
+
+FakeService::FakeService(QObject* parent)
+    : QTcpServer(parent)
+{ }
+
+FakeService::~FakeService() = default;
+
+bool FakeService::start(quint16 port, QString* error)
+{
+    QString reasonText;
+    if (!m_plain && !makeCertificate(&m_certificate, &m_key, &reasonText)) {
+        if (error)
+            *error = reasonText;
+        return false;
+    }
+    if (!listen(QHostAddress::LocalHost, port)) {
+        if (error)
+            *error = errorString();
+        return false;
+    }
+    return true;
+}
+
+QString FakeService::baseUrl() const
+{
+    return QStringLiteral("%1://127.0.0.1:%2").arg(QLatin1String(m_plain ? "http" : "https")).arg(serverPort());
+}
+
+void FakeService::failNext(int count, Fault fault)
+{
+    m_nextFaultCount = count;
+    m_nextFault = fault;
+}
+
+void FakeService::reset()
+{
+    m_fault = Fault::None;
+    m_nextFault = Fault::None;
+    m_nextFaultCount = 0;
+    m_delayMs = 0;
+    m_connectBody.clear();
+    m_unsized = false;
+    m_requests.clear();
+}
+
+void FakeService::incomingConnection(qintptr descriptor)
+{
+    auto* socket = new QSslSocket(this);
+    if (!socket->setSocketDescriptor(descriptor)) {
+        delete socket;
+        return;
+    }
+    auto buffer = std::make_shared<QByteArray>();
+    connect(socket, &QSslSocket::disconnected, socket, &QObject::deleteLater);
+    connect(socket, &QSslSocket::readyRead, this, [this, socket, buffer]() {
+        if (socket->property("answered").toBool()) {
+            socket->readAll();
+            return;
+        }
+        buffer->append(socket->readAll());
+        const int end = buffer->indexOf("\r\n\r\n");
+        if (end < 0) {
+            if (buffer->size() > maxRequestHead)
+                socket->abort();
+            return;
+        }
+        socket->setProperty("answered", true);
+        const QList<QByteArray> requestLine = buffer->left(buffer->indexOf("\r\n")).split(' ');
+        const QUrl url = QUrl::fromEncoded(requestLine.value(1));
+        m_requests.append(url);
+        emit requestReceived(url);
+
+        Fault fault = m_fault;
+        if (m_nextFaultCount > 0) {
+            --m_nextFaultCount;
+            fault = m_nextFault;
+        }
+        switch (fault) {
+        case Fault::Hang:
+            return;
+        case Fault::Close:
+            socket->abort();
+            return;
+        case Fault::HttpError:
+            send(socket, 500, QByteArrayLiteral("fault asked for"), QByteArrayLiteral("text/plain"), true);
+            return;
+        case Fault::NotXml:
+            send(socket, 200, QByteArrayLiteral("{\"this\": \"is not XML\"}"), QByteArrayLiteral("text/plain"), true);
+            return;
+        case Fault::Empty:
+            send(socket, 200, QByteArray(), QByteArrayLiteral("text/xml"), true);
+            return;
+        case Fault::None:
+            break;
+        }
+        if (m_delayMs > 0) {
+            QTimer::singleShot(m_delayMs, socket, [this, socket, url]() { answer(socket, url); });
+            return;
+        }
+        answer(socket, url);
+    });
+    if (m_plain)
+        return;
+    socket->setLocalCertificate(m_certificate);
+    socket->setPrivateKey(m_key);
+    socket->setPeerVerifyMode(QSslSocket::VerifyNone);
+    // A client that gives up the handshake leaves nothing to answer.
+    connect(socket, qOverload<const QList<QSslError>&>(&QSslSocket::sslErrors), socket, [socket]() {
+        socket->ignoreSslErrors();
+    });
+    socket->startServerEncryption();
+}
+
+void FakeService::answer(QTcpSocket* socket, const QUrl& url)
+{
+    int status = 200;
+    QByteArray contentType = QByteArrayLiteral("text/xml");
+    bool sized = true;
+    const QByteArray body = route(url, &status, &contentType, &sized);
+    send(socket, status, body, contentType, sized);
+}
+
+QByteArray FakeService::route(const QUrl& url, int* status, QByteArray* contentType, bool* sized)
+{
+    const QString path = url.path();
+    const QUrlQuery query(url);
+    if (path == QLatin1String("/connect")) {
+        if (!m_connectBody.isEmpty())
+            return m_connectBody;
+        const QString act = query.queryItemValue(QStringLiteral("act"), QUrl::FullyDecoded);
+        if (act == QLatin1String("wizardsetup")) {
+            const bool credentialsOk
+                = query.queryItemValue(QStringLiteral("login"), QUrl::FullyDecoded) == m_fixture.login
+                && query.queryItemValue(QStringLiteral("pass"), QUrl::FullyDecoded) == m_fixture.password;
+            const bool withUpgrade = query.queryItemValue(QStringLiteral("os")) == QLatin1String("linux-debian");
+            return FakeAnswers::account(m_fixture, credentialsOk, withUpgrade, baseUrl());
+        }
+        if (act == QLatin1String("time"))
+            return FakeAnswers::timezone(m_fixture);
+        if (act == QLatin1String("buy"))
+            return FakeAnswers::buyLink(m_fixture);
+        *status = 400;
+        return QByteArrayLiteral("unknown act");
+    }
+    if (path == QLatin1String("/upd/double.xml"))
+        return FakeAnswers::doubleList(m_fixture);
+    if (path == QLatin1String("/download/update.deb")) {
+        *contentType = QByteArrayLiteral("application/vnd.debian.binary-package");
+        *sized = !m_unsized;
+        return FakeAnswers::package(m_fixture.packageSize);
+    }
+    if (path == QLatin1String("/download/config.ovpn")) {
+        *contentType = QByteArrayLiteral("text/plain");
+        *sized = !m_unsized;
+        return m_fixture.config;
+    }
+    if (path == QLatin1String("/")) {
+        *contentType = QByteArrayLiteral("text/html");
+        return QByteArrayLiteral("<html><body>Velmora (fake)</body></html>\n");
+    }
+    *status = 404;
+    *contentType = QByteArrayLiteral("text/plain");
+    return QByteArrayLiteral("not found");
+}
+
+void FakeService::send(
+    QTcpSocket* socket, int status, const QByteArray& body, const QByteArray& contentType, bool sized)
+{
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason(status) + "\r\n";
+    head += "Content-Type: " + contentType + "\r\n";
+    if (sized)
+        head += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
+    head += "Connection: close\r\n\r\n";
+    socket->write(head);
+    socket->write(body);
+    socket->disconnectFromHost();
+}
