@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ConfigServer.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryFile>
+
+// Writes the OpenVPN configuration file of one connection, certificate and key inline.
+// The same temporary file (owner-only, removed with the object) is rewritten by every generation.
+class MakeOVPNFile : public QTemporaryFile
+{
+    Q_OBJECT
+
+public:
+    MakeOVPNFile();
+
+    // Direct OpenVPN over UDP or TCP.
+    bool generate(const ConfigServer& server);
+    // OpenVPN over TCP to the local stunnel client.
+    bool generateStunnel(const ConfigServer& server);
+
+    // Extra per-server lines appended at the end of the file; none on this platform.
+    QByteArray dnsEnvConfig(QString ip);
+
+    QString configFileName;
+    bool generated = false;
+
+private:
+    bool openTruncated();
+    void writeTemplate(const QByteArray& config, const QStringList& markers);
+    void writeCredentials(const ConfigServer& server);
+    bool finish();
+};

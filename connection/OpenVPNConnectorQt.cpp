@@ -1,0 +1,270 @@
+#include "OpenVPNConnectorQt.h"
+
+#include "FreePort.h"
+#include "ServiceConnector.h"
+
+#include <QDebug>
+#include <QDir>
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+// The one management connection of the process, shared by the thread and disconnect(); -1 when closed.
+std::atomic<int> socketOpenVPNfd {-1};
+
+constexpr int MaxRetries = 30;
+constexpr unsigned long RetryPauseMs = 100;
+constexpr int CommandLimit = 1023;
+
+qint32 sendAll(int socket, const char* buffer, qint32 length)
+{
+    if (length < 1)
+        return 0;
+    qint32 total = 0;
+    while (total < length) {
+        // MSG_NOSIGNAL: OpenVPN going away must not take the program with it.
+        const ssize_t sent = ::send(socket, buffer + total, std::size_t(length - total), MSG_NOSIGNAL);
+        if (sent < 0)
+            return -1;
+        total += qint32(sent);
+    }
+    return total;
+}
+
+qint32 sendAll(int socket, const QByteArray& text)
+{
+    return sendAll(socket, text.constData(), qint32(text.size()));
+}
+
+// Reads up to and including the next line feed, which is not stored; a carriage return before it
+// stays. Keeps at most limit - 1 bytes of the line and drops the rest. Returns the number of bytes
+// read, or -1 when the connection closed or failed.
+int sgetline(int socket, QByteArray& line, int limit)
+{
+    line.clear();
+    int count = 0;
+    for (;;) {
+        char c = 0;
+        const ssize_t received = ::recv(socket, &c, 1, 0);
+        if (received < 0 && errno == EINTR)
+            continue;
+        if (received <= 0)
+            return -1;
+        ++count;
+        if (c == '\n')
+            return count;
+        if (line.size() < limit - 1)
+            line.append(c);
+    }
+}
+
+void closeSharedSocket()
+{
+    const int fd = socketOpenVPNfd.exchange(-1);
+    if (fd >= 0)
+        ::close(fd);
+}
+
+bool containsText(const QString& line, const char* text)
+{
+    return line.contains(QLatin1String(text), Qt::CaseInsensitive);
+}
+
+} // namespace
+
+OpenVPNConnectorQt::OpenVPNConnectorQt(const Parameters& parameters, QObject* parent)
+    : QThread(parent)
+    , params(parameters)
+{ }
+
+OpenVPNConnectorQt::~OpenVPNConnectorQt()
+{
+    stopRequested = true;
+    // OpenVPN normally closes the connection right after a stop request; if it does not, wake the
+    // blocked read so the thread can leave.
+    if (isRunning() && !wait(2000)) {
+        const int fd = socketOpenVPNfd.load();
+        if (fd >= 0)
+            ::shutdown(fd, SHUT_RDWR);
+    }
+    wait();
+}
+
+void OpenVPNConnectorQt::connect(const QString& configPath_, const QString& username_, const QString& password_)
+{
+    if (isRunning()) {
+        // A previous run still finishing: stop it first, or start() below would do nothing.
+        stopRequested = true;
+        const int fd = socketOpenVPNfd.load();
+        if (fd >= 0)
+            ::shutdown(fd, SHUT_RDWR);
+        wait();
+    }
+    configPath = configPath_;
+    username = username_;
+    password = password_;
+    managementConnected = false;
+    stopRequested = false;
+    closeSharedSocket();
+    state = 1;
+    qDebug() << "start OpenVPNConnectorQt";
+    start(QThread::LowPriority);
+}
+
+void OpenVPNConnectorQt::disconnect()
+{
+    const int fd = socketOpenVPNfd.load();
+    if (fd >= 0 && managementConnected)
+        sendAll(fd, QByteArrayLiteral("signal SIGTERM\n"));
+    stopRequested = true;
+}
+
+int OpenVPNConnectorQt::getAvailablePort()
+{
+    return findFreeLocalPort();
+}
+
+QString OpenVPNConnectorQt::openVpnArguments(const QString& configPath_, int port)
+{
+    return QStringLiteral("--config \"") + QDir::toNativeSeparators(configPath_) + QStringLiteral("\"")
+        + QStringLiteral(" --management 127.0.0.1 ") + QString::number(port)
+        + QStringLiteral(" --management-query-passwords ") + QStringLiteral(" --script-security 2 ")
+        + QStringLiteral(" --up /usr/share/tavrin/script/update-resolv-conf.sh ")
+        + QStringLiteral(" --down /usr/share/tavrin/script/update-resolv-conf.sh ");
+}
+
+bool OpenVPNConnectorQt::connectToPipeAndRunOpenVPN()
+{
+    if (!params.serviceConnector)
+        return false;
+    return params.serviceConnector->runOpenVpnWithConfig(openVpnArguments(configPath, managementPort));
+}
+
+void OpenVPNConnectorQt::run()
+{
+    managementPort = getAvailablePort();
+    if (managementPort == -1) {
+        emit error(5);
+        return;
+    }
+    if (!connectToPipeAndRunOpenVPN()) {
+        emit error(3);
+        return;
+    }
+    managementConnected = false;
+    m_retries = 0;
+    m_tapReported = false;
+    m_proxyReported = false;
+
+    QByteArray line;
+    line.reserve(LineBufferSize);
+    while (!stopRequested) {
+        if (!managementConnected) {
+            const int fd = ::socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+            if (fd < 0)
+                return;
+            socketOpenVPNfd = fd;
+            if (!connectManagement()) {
+                closeSharedSocket();
+                if (++m_retries > MaxRetries) {
+                    qDebug() << "Can't connect to openvpn socket after 30 retries";
+                    state = 0;
+                    emit error(1);
+                    return;
+                }
+                msleep(RetryPauseMs);
+                continue;
+            }
+            managementConnected = true;
+            sendAll(fd, QByteArrayLiteral("state on all\n"));
+            sendAll(fd, QByteArrayLiteral("log on\n"));
+            sendAll(fd, QByteArrayLiteral("bytecount 1\n"));
+        }
+        if (sgetline(socketOpenVPNfd, line, LineBufferSize) < 0)
+            break;
+        interpretLine(line);
+        if (stopRequested)
+            break;
+    }
+
+    qDebug() << "OpenVPN socket thread stopped";
+    closeSharedSocket();
+    managementConnected = false;
+    if (state != 0) {
+        state = 0;
+        emit disconnected();
+    }
+}
+
+bool OpenVPNConnectorQt::connectManagement()
+{
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(quint16(managementPort.load()));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return ::connect(socketOpenVPNfd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+}
+
+void OpenVPNConnectorQt::sendCredential(const char* keyword, const QString& value)
+{
+    // Sent as typed, unquoted: OpenVPN cuts a value at its first blank.
+    QByteArray command = QByteArray(keyword) + " \"Auth\" " + value.toUtf8() + '\n';
+    if (command.size() > CommandLimit)
+        command.truncate(CommandLimit);
+    sendAll(socketOpenVPNfd, command);
+}
+
+void OpenVPNConnectorQt::interpretLine(const QByteArray& rawLine)
+{
+    const QString line = QString::fromUtf8(rawLine);
+
+    // OpenVPN confirms the username with "username entered, but not yet verified" and then waits
+    // for the password, so the two answers go out in order without any state of their own.
+    if (containsText(line, "PASSWORD:Need 'Auth' username/password")) {
+        sendCredential("username", username);
+    } else if (containsText(line, "'Auth' username entered, but not yet verified")) {
+        sendCredential("password", password);
+    } else if (line.contains(QLatin1String("AUTH: Received control message: AUTH_FAILED"))) {
+        emit error(0);
+    } else if (containsText(line, "There are no TAP-Windows adapters on this system")) {
+        if (!m_tapReported) {
+            m_tapReported = true;
+            emit error(2);
+        }
+    } else if (containsText(line, "Proxy requires authentication")) {
+        if (!m_proxyReported) {
+            m_proxyReported = true;
+            emit error(6);
+        }
+    } else if (containsText(line, ">BYTECOUNT:")) {
+        const QStringList parts = line.split(QLatin1Char(':'));
+        if (parts.size() < 2)
+            return;
+        const QStringList counts = parts.at(1).split(QLatin1Char(','));
+        if (counts.size() == 2)
+            emit statisticsUpdated(counts.at(0).trimmed().toULongLong(), counts.at(1).trimmed().toULongLong());
+    } else if (containsText(line, ">STATE:")) {
+        const QStringList fields = line.split(QLatin1Char(','));
+        emit stateChanged(fields.size() > 1 ? fields.at(1) : QString());
+        if (containsText(line, "CONNECTED,SUCCESS")) {
+            state = 2;
+            emit connected();
+        } else if (containsText(line, "CONNECTED,ERROR")) {
+            state = 0;
+            emit error(8);
+        } else if (containsText(line, "RECONNECTING")) {
+            state = 1;
+            emit reconnecting();
+        }
+    } else if (containsText(line, ">LOG:")) {
+        if (containsText(line, "write UDPv4: No buffer space available (WSAENOBUFS) (code=10055)")
+            || containsText(line, "write UDPv4: No Route to Host (WSAEHOSTUNREACH) (code=10065)"))
+            emit error(7);
+        emit log(line);
+    }
+}

@@ -1,0 +1,170 @@
+#include "FakeManagementPort.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <chrono>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int PollStepMs = 50;
+
+bool sendAll(int fd, const QByteArray& data)
+{
+    qsizetype sent = 0;
+    while (sent < data.size()) {
+        const ssize_t n = ::send(fd, data.constData() + sent, std::size_t(data.size() - sent), MSG_NOSIGNAL);
+        if (n < 0)
+            return false;
+        sent += n;
+    }
+    return true;
+}
+
+} // namespace
+
+FakeManagementPort::FakeManagementPort(const ManagementScript& script)
+    : m_script(script)
+{ }
+
+FakeManagementPort::~FakeManagementPort()
+{
+    m_stop = true;
+    if (m_thread.joinable())
+        m_thread.join();
+    if (m_listenFd >= 0)
+        ::close(m_listenFd);
+}
+
+bool FakeManagementPort::listen(quint16 port)
+{
+    m_listenFd = ::socket(AF_INET, SOCK_STREAM, 0);
+    if (m_listenFd < 0)
+        return false;
+    const int yes = 1;
+    ::setsockopt(m_listenFd, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof(address);
+    if (::bind(m_listenFd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 || ::listen(m_listenFd, 4) != 0
+        || ::getsockname(m_listenFd, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+        ::close(m_listenFd);
+        m_listenFd = -1;
+        return false;
+    }
+    m_port = ntohs(address.sin_port);
+    m_thread = std::thread([this] { serve(); });
+    return true;
+}
+
+QList<QByteArray> FakeManagementPort::received() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_received;
+}
+
+QList<QString> FakeManagementPort::mismatches() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_mismatches;
+}
+
+void FakeManagementPort::addMismatch(const QString& text)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_mismatches.append(text);
+}
+
+bool FakeManagementPort::readLine(int fd, QByteArray& line, int timeoutMs)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    for (;;) {
+        const int end = m_pending.indexOf('\n');
+        if (end >= 0) {
+            line = m_pending.left(end);
+            m_pending.remove(0, end + 1);
+            if (line.endsWith('\r'))
+                line.chop(1);
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_received.append(line);
+            return true;
+        }
+        if (m_stop || std::chrono::steady_clock::now() >= deadline)
+            return false;
+        pollfd p {fd, POLLIN, 0};
+        if (::poll(&p, 1, PollStepMs) <= 0)
+            continue;
+        char buffer[4096];
+        const ssize_t n = ::recv(fd, buffer, sizeof(buffer), 0);
+        if (n <= 0)
+            return false;
+        m_pending.append(buffer, int(n));
+    }
+}
+
+void FakeManagementPort::serve()
+{
+    int client = -1;
+    while (!m_stop && client < 0) {
+        pollfd p {m_listenFd, POLLIN, 0};
+        if (::poll(&p, 1, PollStepMs) > 0)
+            client = ::accept(m_listenFd, nullptr, nullptr);
+    }
+    if (client < 0)
+        return;
+    m_clientConnected = true;
+
+    bool open = true;
+    for (const ManagementScript::Step& step : qAsConst(m_script.steps)) {
+        if (m_stop || !open)
+            break;
+        switch (step.kind) {
+        case ManagementScript::Step::Send:
+            open = sendAll(client, step.text + "\r\n");
+            break;
+        case ManagementScript::Step::Expect: {
+            QByteArray line;
+            if (!readLine(client, line, ExpectTimeoutMs)) {
+                addMismatch(QStringLiteral("expected \"%1\", got nothing").arg(QString::fromUtf8(step.text)));
+                open = false;
+            } else if (line != step.text) {
+                addMismatch(QStringLiteral("expected \"%1\", got \"%2\"")
+                                .arg(QString::fromUtf8(step.text), QString::fromUtf8(line)));
+            }
+            break;
+        }
+        case ManagementScript::Step::Pause:
+            std::this_thread::sleep_for(std::chrono::milliseconds(step.pauseMs));
+            break;
+        case ManagementScript::Step::Close:
+            open = false;
+            break;
+        }
+    }
+    m_finished = true;
+
+    // Without a close step the connection stays up; keep recording until the client leaves.
+    if (open) {
+        QByteArray line;
+        for (;;) {
+            if (readLine(client, line, PollStepMs))
+                continue;
+            if (m_stop)
+                break;
+            pollfd p {client, POLLIN, 0};
+            if (::poll(&p, 1, 0) > 0) {
+                char c;
+                if (::recv(client, &c, 1, MSG_PEEK) <= 0) {
+                    m_clientClosed = true;
+                    break;
+                }
+            }
+        }
+    }
+    ::close(client);
+}
