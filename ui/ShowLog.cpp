@@ -1,0 +1,62 @@
+#include "ShowLog.h"
+
+#include <QEvent>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+#include "WidgetStyle.h"
+
+ShowLog::ShowLog(QWidget* parent)
+    : QWidget(parent, Qt::Window)
+    , m_browser(new QTextBrowser(this))
+{
+    setObjectName(QStringLiteral("ShowLog"));
+    setStyleSheet(WidgetStyle::sheet());
+    m_browser->setReadOnly(true);
+    m_browser->setStyleSheet(QStringLiteral("font: 12px;"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(10, 10, 10, 10);
+    layout->addWidget(m_browser);
+    resize(560, 360);
+    retranslate();
+}
+
+QString ShowLog::plainText() const
+{
+    return m_browser->toPlainText();
+}
+
+QString ShowLog::messageOf(const QString& line)
+{
+    QStringList parts = line.split(QLatin1Char(','), Qt::KeepEmptyParts);
+    if (parts.size() > 2)
+        parts = parts.mid(2);
+    // Joined without a separator on purpose: commas inside the message are dropped.
+    QString message = parts.join(QString());
+    message.remove(QLatin1Char('\n'));
+    message.remove(QLatin1Char('\r'));
+    return message;
+}
+
+void ShowLog::onUpdateLog(const QString& line)
+{
+    // Escaped so that OpenVPN's "<...>" and "&" show as written instead of being read as markup.
+    m_browser->append(messageOf(line).toHtmlEscaped());
+}
+
+void ShowLog::clear()
+{
+    m_browser->clear();
+}
+
+void ShowLog::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+    QWidget::changeEvent(event);
+}
+
+void ShowLog::retranslate()
+{
+    setWindowTitle(tr("Connection Details"));
+}
