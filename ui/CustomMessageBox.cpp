@@ -81,8 +81,10 @@ std::unique_ptr<QMessageBox> CustomMessageBox::create(Kind kind,
         {QMessageBox::Cancel, tr("Cancel")},
     };
     for (const auto& entry : texts) {
-        if (QAbstractButton* button = box->button(entry.button))
+        if (QAbstractButton* button = box->button(entry.button)) {
             button->setText(entry.text);
+            button->setIcon(QIcon());
+        }
     }
     return box;
 }

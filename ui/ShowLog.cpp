@@ -1,7 +1,9 @@
 #include "ShowLog.h"
 
 #include <QEvent>
+#include <QScrollBar>
 #include <QTextBrowser>
+#include <QTextCursor>
 #include <QVBoxLayout>
 
 #include "WidgetStyle.h"
@@ -40,8 +42,16 @@ QString ShowLog::messageOf(const QString& line)
 
 void ShowLog::onUpdateLog(const QString& line)
 {
-    // Escaped so that OpenVPN's "<...>" and "&" show as written instead of being read as markup.
-    m_browser->append(messageOf(line).toHtmlEscaped());
+    // Inserted as plain text so that OpenVPN's "<...>" and "&" show as written, never as markup.
+    QScrollBar* scroll = m_browser->verticalScrollBar();
+    const bool atEnd = scroll->value() == scroll->maximum();
+    QTextCursor cursor(m_browser->document());
+    cursor.movePosition(QTextCursor::End);
+    if (!m_browser->document()->isEmpty())
+        cursor.insertBlock();
+    cursor.insertText(messageOf(line));
+    if (atEnd)
+        scroll->setValue(scroll->maximum());
 }
 
 void ShowLog::clear()
