@@ -1,0 +1,19 @@
+#include "HelperPaths.h"
+
+#include <QProcessEnvironment>
+
+HelperPaths HelperPaths::fromEnvironment()
+{
+    const QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    HelperPaths p;
+    p.root = env.value(QStringLiteral("TAVRIN_HELPERD_ROOT"));
+    while (p.root.endsWith(QLatin1Char('/')))
+        p.root.chop(1);
+    p.stateDir = p.root + QStringLiteral("/var/lib/tavrin-helperd");
+    p.localtime = p.root + QStringLiteral("/etc/localtime");
+    p.timezoneFile = p.root + QStringLiteral("/etc/timezone");
+    p.zoneinfoDir = QStringLiteral("/usr/share/zoneinfo");
+    p.resolverScript = env.value(QStringLiteral("TAVRIN_HELPERD_SCRIPT"),
+                                 QStringLiteral("/usr/share/tavrin/script/update-resolv-conf.sh"));
+    return p;
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+// Where the daemon reads and writes on the machine. Every path it changes sits under an optional
+// root (TAVRIN_HELPERD_ROOT) so that tests work in a directory of their own.
+class HelperPaths
+{
+public:
+    static HelperPaths fromEnvironment();
+
+    QString root;
+    QString stateDir; // remembered firewall rules and time zone, private copies of files
+    QString localtime; // the /etc/localtime link
+    QString timezoneFile; // /etc/timezone, the zone's name as text
+    QString zoneinfoDir; // read only: the zoneinfo database
+    QString resolverScript; // the script OpenVPN really runs for the fixed --up/--down name
+};

@@ -1,0 +1,121 @@
+#include "OpenVpnLauncher.h"
+
+#include "OpenVpnArguments.h"
+#include "OpenVpnConfigCheck.h"
+#include "TrustedFile.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QProcessEnvironment>
+
+namespace {
+constexpr qint64 MaxConfigSize = 1 << 20;
+constexpr int StopTimeoutMs = 5000;
+} // namespace
+
+OpenVpnLauncher::OpenVpnLauncher(const QString& stateDir, const QString& resolverScript, QObject* parent)
+    : QObject(parent)
+    , m_stateDir(stateDir)
+    , m_resolverScript(resolverScript)
+{ }
+
+OpenVpnLauncher::~OpenVpnLauncher()
+{
+    stop();
+}
+
+void OpenVpnLauncher::stop()
+{
+    if (!m_process)
+        return;
+    QProcess* process = m_process;
+    m_process = nullptr;
+    if (process->state() != QProcess::NotRunning) {
+        qInfo() << "openvpn: stopping pid" << process->processId();
+        process->terminate();
+        if (!process->waitForFinished(StopTimeoutMs)) {
+            process->kill();
+            process->waitForFinished(StopTimeoutMs);
+        }
+    }
+    delete process;
+}
+
+bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid)
+{
+    m_error.clear();
+    OpenVpnArguments args;
+    if (!args.parse(arguments)) {
+        m_error = QStringLiteral("arguments refused: %1").arg(args.error());
+        return false;
+    }
+    QByteArray config;
+    TrustedFile file(args.configPath(), callerUid);
+    if (!file.read(MaxConfigSize, config)) {
+        m_error = QStringLiteral("configuration refused: %1").arg(file.error());
+        return false;
+    }
+    OpenVpnConfigCheck check;
+    if (!check.check(config)) {
+        m_error = QStringLiteral("configuration refused: %1").arg(check.error());
+        return false;
+    }
+
+    stop();
+
+    QDir().mkpath(m_stateDir);
+    const QString copy = m_stateDir + QStringLiteral("/openvpn.conf");
+    QFile::remove(copy);
+    QFile out(copy);
+    if (!out.open(QIODevice::WriteOnly | QIODevice::NewOnly)
+        || !out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
+        || out.write(config) != config.size()) {
+        m_error = QStringLiteral("cannot write %1").arg(copy);
+        return false;
+    }
+    out.close();
+
+    m_process = new QProcess(this);
+    m_process->setProcessChannelMode(QProcess::MergedChannels);
+    // Relative file names in the configuration mean what they meant beside the original.
+    m_process->setWorkingDirectory(QFileInfo(args.configPath()).absolutePath());
+    connect(m_process, &QProcess::readyRead, this, &OpenVpnLauncher::onOutput);
+    connect(m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this, [](int code) {
+        qInfo() << "openvpn: exited with code" << code;
+    });
+    QStringList argv {QStringLiteral("--config"),
+                      copy,
+                      QStringLiteral("--management"),
+                      QStringLiteral("127.0.0.1"),
+                      QString::number(args.managementPort()),
+                      QStringLiteral("--management-query-passwords"),
+                      QStringLiteral("--script-security"),
+                      QStringLiteral("2"),
+                      QStringLiteral("--up"),
+                      m_resolverScript,
+                      QStringLiteral("--down"),
+                      m_resolverScript};
+    // OpenVPN hands its scripts only the variables it sets itself: pass the test root on.
+    const QString root = QProcessEnvironment::systemEnvironment().value(QStringLiteral("TAVRIN_HELPERD_ROOT"));
+    if (!root.isEmpty())
+        argv << QStringLiteral("--setenv") << QStringLiteral("TAVRIN_HELPERD_ROOT") << root;
+    m_process->start(QStringLiteral("openvpn"), argv);
+    if (!m_process->waitForStarted(StopTimeoutMs)) {
+        m_error = QStringLiteral("openvpn cannot be started: %1").arg(m_process->errorString());
+        delete m_process;
+        m_process = nullptr;
+        return false;
+    }
+    qInfo() << "openvpn: started pid" << m_process->processId() << "management port" << args.managementPort();
+    return true;
+}
+
+void OpenVpnLauncher::onOutput()
+{
+    auto* process = qobject_cast<QProcess*>(sender());
+    while (process && process->canReadLine())
+        qInfo().noquote() << "openvpn:" << QString::fromLocal8Bit(process->readLine()).trimmed();
+}

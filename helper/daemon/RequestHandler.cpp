@@ -1,0 +1,122 @@
+#include "RequestHandler.h"
+
+#include "WireText.h"
+
+#include "HelperWire.h"
+
+#include <QDebug>
+
+#include <cstring>
+
+RequestHandler::RequestHandler(const HelperPaths& paths, QObject* parent)
+    : QObject(parent)
+    , m_firewall(paths.stateDir)
+    , m_timezone(paths.localtime, paths.timezoneFile, paths.zoneinfoDir, paths.stateDir)
+    , m_update(paths.stateDir)
+    , m_openvpn(new OpenVpnLauncher(paths.stateDir, paths.resolverScript, this))
+{ }
+
+bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString& detail)
+{
+    FirewallRequest r;
+    r.addresses = WireText::readUcs4(packet, HelperWire::FirewallAddressesOffset, HelperWire::FirewallAddressesSize);
+    r.interfaceName
+        = WireText::readUcs4(packet, HelperWire::FirewallInterfaceOffset, HelperWire::FirewallInterfaceSize);
+    const auto flag = [&](std::size_t i) {
+        return packet.at(int(HelperWire::FirewallParametersOffset + i)) != 0;
+    };
+    r.killConnect = flag(0);
+    r.ipv6Block = flag(1);
+    r.allowLocalIp = flag(2);
+    r.changeTimezone = flag(3);
+    r.idle = flag(4);
+    detail = QStringLiteral("addresses \"%1\" interface \"%2\" kill %3 ipv6 %4 local %5 timezone %6 idle %7")
+                 .arg(r.addresses, r.interfaceName)
+                 .arg(r.killConnect)
+                 .arg(r.ipv6Block)
+                 .arg(r.allowLocalIp)
+                 .arg(r.changeTimezone)
+                 .arg(r.idle);
+    if (r.addresses.isNull() || r.interfaceName.isNull()) {
+        detail += QStringLiteral(": malformed text field");
+        return false;
+    }
+    const bool ok = command == HelperWire::FirewallOn ? m_firewall.on(r) : m_firewall.change(r);
+    if (!ok)
+        detail += QStringLiteral(": ") + m_firewall.error();
+    return ok;
+}
+
+bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
+{
+    if (packet.size() != int(HelperWire::PacketSize)) {
+        qWarning() << "request from uid" << callerUid << "has" << packet.size() << "bytes: refused";
+        return false;
+    }
+    quint32 command;
+    std::memcpy(&command, packet.constData() + HelperWire::CommandOffset, sizeof command);
+
+    QString name;
+    QString detail;
+    bool ok = false;
+    switch (command) {
+    case HelperWire::FirewallOn:
+    case HelperWire::FirewallChange:
+        name = command == HelperWire::FirewallOn ? QStringLiteral("firewallOn") : QStringLiteral("firewallChange");
+        ok = firewall(command, packet, detail);
+        break;
+    case HelperWire::FirewallOff:
+        name = QStringLiteral("firewallOff");
+        ok = m_firewall.off();
+        detail = m_firewall.error();
+        break;
+    case HelperWire::FirewallSupported:
+        name = QStringLiteral("firewallSupported");
+        ok = m_firewall.supported();
+        break;
+    case HelperWire::FirewallEnableOnStart:
+        name = QStringLiteral("firewallEnableOnStart");
+        ok = m_firewall.enableOnStart();
+        break;
+    case HelperWire::TimezoneChangeSupported:
+        name = QStringLiteral("timezonechangeSupported");
+        ok = m_timezone.supported();
+        break;
+    case HelperWire::TimezoneChange: {
+        name = QStringLiteral("timezoneChange");
+        const bool restore = packet.at(int(HelperWire::TimezoneRestoreOffset)) != 0;
+        const QString zone = WireText::readUtf8(packet, HelperWire::TimezoneNameOffset, HelperWire::TimezoneNameSize);
+        detail = restore ? QStringLiteral("restore") : QStringLiteral("zone \"%1\"").arg(zone);
+        ok = restore ? m_timezone.restore() : (!zone.isNull() && m_timezone.change(zone));
+        if (!ok)
+            detail += QStringLiteral(": ") + m_timezone.error();
+        break;
+    }
+    case HelperWire::RunOpenVpnWithConfig: {
+        name = QStringLiteral("runOpenVpnWithConfig");
+        const QString args
+            = WireText::readUcs4(packet, HelperWire::OpenVpnArgumentsOffset, HelperWire::OpenVpnArgumentsSize);
+        detail = QStringLiteral("arguments \"%1\"").arg(args);
+        ok = !args.isNull() && m_openvpn->start(args, callerUid);
+        if (!ok)
+            detail += QStringLiteral(": ") + m_openvpn->error();
+        break;
+    }
+    case HelperWire::UpdateInstall: {
+        name = QStringLiteral("updateInstall");
+        const QString path = WireText::readUcs4(packet, HelperWire::UpdatePathOffset, HelperWire::UpdatePathSize);
+        detail = QStringLiteral("package \"%1\"").arg(path);
+        ok = !path.isNull() && m_update.install(path, callerUid);
+        if (!ok)
+            detail += QStringLiteral(": ") + m_update.error();
+        break;
+    }
+    default:
+        name = QStringLiteral("unknown command %1").arg(command);
+        break;
+    }
+    qInfo().noquote() << QStringLiteral("request from uid %1: %2 %3 -> %4")
+                             .arg(callerUid)
+                             .arg(name, detail, ok ? QStringLiteral("done") : QStringLiteral("refused"));
+    return ok;
+}

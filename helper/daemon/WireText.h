@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstddef>
+
+// Reads the text fields of a request packet. A field whose text fills it to the last code point
+// (no terminating zero) or holds a code point that is not a character is rejected: isNull().
+namespace WireText {
+
+QString readUcs4(const QByteArray& packet, std::size_t offset, std::size_t size);
+QString readUtf8(const QByteArray& packet, std::size_t offset, std::size_t size);
+
+} // namespace WireText

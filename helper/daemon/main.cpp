@@ -1,0 +1,83 @@
+#include "HelperPaths.h"
+#include "HelperServer.h"
+#include "RequestHandler.h"
+
+#include "HelperWire.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDebug>
+#include <QProcessEnvironment>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+
+int signalPipe[2] = {-1, -1};
+
+void onSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &byte, 1);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    qSetMessagePattern(QStringLiteral("%{time yyyy-MM-dd hh:mm:ss.zzz} %{type}: %{message}"));
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tavrin-helperd"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Privileged helper of the Tavrin VPN client."));
+    parser.addHelpOption();
+    const QCommandLineOption portOption(QStringList {QStringLiteral("p"), QStringLiteral("port")},
+                                        QStringLiteral("TCP port on 127.0.0.1 (default %1, or $%2).")
+                                            .arg(HelperWire::DefaultPort)
+                                            .arg(QLatin1String(HelperWire::PortEnvironmentVariable)),
+                                        QStringLiteral("port"));
+    const QCommandLineOption timeoutOption(QStringLiteral("request-timeout"),
+                                           QStringLiteral("Milliseconds a client has to send its request."),
+                                           QStringLiteral("ms"),
+                                           QStringLiteral("3000"));
+    parser.addOption(portOption);
+    parser.addOption(timeoutOption);
+    parser.process(app);
+
+    QString portText = QProcessEnvironment::systemEnvironment().value(
+        QLatin1String(HelperWire::PortEnvironmentVariable), QString::number(HelperWire::DefaultPort));
+    if (parser.isSet(portOption))
+        portText = parser.value(portOption);
+    bool ok = false;
+    const uint port = portText.toUInt(&ok);
+    const int timeoutMs = parser.value(timeoutOption).toInt();
+    if (!ok || port > 65535 || timeoutMs <= 0) {
+        qCritical().noquote() << "bad port or time-out:" << portText << parser.value(timeoutOption);
+        return 2;
+    }
+
+    // Stop cleanly on SIGTERM and SIGINT, so that the OpenVPN we started goes with us.
+    if (::pipe(signalPipe) != 0)
+        return 1;
+    QSocketNotifier notifier(signalPipe[0], QSocketNotifier::Read);
+    QObject::connect(&notifier, &QSocketNotifier::activated, &app, [&app] {
+        char byte;
+        [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
+        qInfo() << "stopping on a signal";
+        app.quit();
+    });
+    std::signal(SIGTERM, onSignal);
+    std::signal(SIGINT, onSignal);
+    std::signal(SIGPIPE, SIG_IGN);
+
+    const HelperPaths paths = HelperPaths::fromEnvironment();
+    RequestHandler handler(paths);
+    HelperServer server(&handler, timeoutMs);
+    if (!server.listen(quint16(port)))
+        return 1;
+    handler.restoreAtStart();
+    return app.exec();
+}
