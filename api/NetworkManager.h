@@ -1,0 +1,118 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QMutex>
+#include <QObject>
+#include <QPair>
+#include <QScopedPointer>
+#include <QSharedPointer>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include "ServerInfo.h"
+#include "Subscription.h"
+
+class GetManager;
+class PingManager;
+class QDomElement;
+class QDomNode;
+class QUrl;
+
+// The process-wide client of the Velmora service: signs in, refreshes the server list, asks for updates, the
+// exit's time zone and purchase links, and keeps the account data, with an offline copy in the settings store.
+class NetworkManager : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum ApiError {
+        Success = 0,
+        WrongLogin = 1,
+        BadVersion = 2,
+        LiteAccount = 3,
+        NoSubscription = 4,
+        NetworkFailure = 5,
+    };
+    Q_ENUM(ApiError)
+
+    static NetworkManager* instance();
+    // Destroys the client (saving its cache) so that the next instance() starts as a new run would. For tests.
+    static void resetInstance();
+
+    static QString apiLink();
+    static QString siteApiLink();
+    bool checkInternet();
+
+    // Readers for the pages and the background configuration task; the account tables are guarded by one mutex.
+    QVector<ServerInfo> servers();
+    QList<Subscription> subscriptions();
+    Subscription subscription(const QString& login);
+    QStringList cacheUsers();
+    QByteArray getCertifOvpnByUser(const QString& login);
+    QByteArray getKeyOvpnByUser(const QString& login);
+    QByteArray getConfigOVPNbyServer(QString server);
+
+    void saveCachedData();
+    void loadCachedData();
+    void clearCache();
+    static QByteArray cacheMapToArray(const QMap<QString, QByteArray>& map);
+    static QMap<QString, QByteArray> cacheArrayToMap(const QByteArray& array);
+
+    ServerInfo parseServer(QDomNode* node);
+    static QPair<QString, QString> parseUpdate(QDomNode* first);
+
+signals:
+    void auth(NetworkManager::ApiError error, QString message);
+    void serverUpdated(NetworkManager::ApiError error, QString message);
+    void programUpdate(QString version, QString link, bool success);
+    void gotIpTimezone(QString timezone, bool success);
+    void gotBuyLink(QString link);
+
+public slots:
+    void authRequest(QString user, QString password);
+    void serverListRequest();
+    void programUpdateRequest();
+    void ipTimezoneRequest();
+    void pingDoubleServerRequest();
+    void getBuyLinkRequest(QString login);
+    void slotAuthFinished();
+    void slotServerListFinished();
+    void slotProgramUpdateFinished();
+    void slotIpTimezoneFinished();
+    void onPingServersFinished();
+    void onRequestPingDoubleServerFinished(int);
+    void onRequestGetBuyLinkFinished();
+
+private:
+    NetworkManager();
+    ~NetworkManager() override;
+
+    QUrl serviceUrl(const QList<QPair<QString, QString>>& items) const;
+    // Applies the account elements that sign-in and the list refresh share; false for any other element.
+    bool applyAccountElement(const QDomElement& element, bool* firstServer);
+    void startPing();
+
+    static NetworkManager* _self;
+
+    QVector<ServerInfo> m_servers;
+    QMap<QString, Subscription> m_subscriptions;
+    QByteArray m_config;
+    QMap<QString, QByteArray> m_certificates;
+    QMap<QString, QByteArray> m_keys;
+    QMutex m_mutex;
+    QString m_login;
+    QString m_password;
+    QString m_updateVersion;
+    QString m_updateLink;
+    QMap<QString, int> m_doubleServerPings;
+
+    PingManager* m_pingManager = nullptr;
+    QSharedPointer<GetManager> authGet;
+    QSharedPointer<GetManager> updateGet;
+    QSharedPointer<GetManager> timezoneGet;
+    QSharedPointer<GetManager> doubleServerGet;
+    QScopedPointer<GetManager> buyLinkGet;
+};
