@@ -6,22 +6,22 @@
     <message>
         <location filename="../../ui/CustomMessageBox.cpp" line="+78"/>
         <source>Yes</source>
-        <translation type="unfinished"></translation>
+        <translation>Ja</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>No</source>
-        <translation type="unfinished"></translation>
+        <translation>Nein</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Ok</source>
-        <translation type="unfinished"></translation>
+        <translation>OK</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>
@@ -29,17 +29,17 @@
     <message>
         <location filename="../../ui/ProgressDlg.cpp" line="+69"/>
         <source>Update</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktualisierung</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Downloading update. Please wait...</source>
-        <translation type="unfinished"></translation>
+        <translation>Update wird heruntergeladen. Bitte warten...</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>
@@ -48,15 +48,15 @@
         <location filename="../../ui/SearchEdit.cpp" line="+14"/>
         <location line="+31"/>
         <source>Location</source>
-        <translation type="unfinished"></translation>
+        <translation>Standort</translation>
     </message>
 </context>
 <context>
     <name>ShowLog</name>
     <message>
-        <location filename="../../ui/ShowLog.cpp" line="+61"/>
+        <location filename="../../ui/ShowLog.cpp" line="+71"/>
         <source>Connection Details</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindungsdetails</translation>
     </message>
 </context>
 <context>
@@ -64,50 +64,50 @@
     <message>
         <location filename="../../ui/SystemTray.cpp" line="+28"/>
         <source>Connect</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbinden</translation>
     </message>
     <message>
         <location line="+1"/>
         <location line="+75"/>
         <source>Reconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>Neu verbinden</translation>
     </message>
     <message>
         <location line="-74"/>
         <location line="+75"/>
         <source>Disconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>Trennen</translation>
     </message>
     <message>
         <location line="-74"/>
         <location line="+75"/>
         <source>Quit</source>
-        <translation type="unfinished"></translation>
+        <translation>Beenden</translation>
     </message>
     <message>
         <location line="-37"/>
         <source>Your connection is not secured now!</source>
-        <translation type="unfinished"></translation>
+        <translation>Ihre Verbindung ist jetzt nicht geschützt!</translation>
     </message>
     <message>
         <location line="+23"/>
         <source>Your connection is encrypted and secured now!</source>
-        <translation type="unfinished"></translation>
+        <translation>Ihre Verbindung ist jetzt verschlüsselt und geschützt!</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>Connecting to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindung zu %1 wird hergestellt</translation>
     </message>
     <message>
         <location line="+3"/>
         <source>Connected to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbunden mit %1</translation>
     </message>
     <message>
         <location line="+3"/>
         <source>Connect %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Mit %1 verbinden</translation>
     </message>
 </context>
 </TS>

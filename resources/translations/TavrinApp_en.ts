@@ -54,7 +54,7 @@
 <context>
     <name>ShowLog</name>
     <message>
-        <location filename="../../ui/ShowLog.cpp" line="+61"/>
+        <location filename="../../ui/ShowLog.cpp" line="+71"/>
         <source>Connection Details</source>
         <translation type="unfinished"></translation>
     </message>

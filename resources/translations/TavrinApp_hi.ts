@@ -6,22 +6,22 @@
     <message>
         <location filename="../../ui/CustomMessageBox.cpp" line="+78"/>
         <source>Yes</source>
-        <translation type="unfinished"></translation>
+        <translation>हाँ</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>No</source>
-        <translation type="unfinished"></translation>
+        <translation>नहीं</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Ok</source>
-        <translation type="unfinished"></translation>
+        <translation>ठीक है</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>रद्द करें</translation>
     </message>
 </context>
 <context>
@@ -29,17 +29,17 @@
     <message>
         <location filename="../../ui/ProgressDlg.cpp" line="+69"/>
         <source>Update</source>
-        <translation type="unfinished"></translation>
+        <translation>अपडेट</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Downloading update. Please wait...</source>
-        <translation type="unfinished"></translation>
+        <translation>अपडेट डाउनलोड हो रहा है। कृपया प्रतीक्षा करें...</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>रद्द करें</translation>
     </message>
 </context>
 <context>
@@ -48,15 +48,15 @@
         <location filename="../../ui/SearchEdit.cpp" line="+14"/>
         <location line="+31"/>
         <source>Location</source>
-        <translation type="unfinished"></translation>
+        <translation>स्थान</translation>
     </message>
 </context>
 <context>
     <name>ShowLog</name>
     <message>
-        <location filename="../../ui/ShowLog.cpp" line="+61"/>
+        <location filename="../../ui/ShowLog.cpp" line="+71"/>
         <source>Connection Details</source>
-        <translation type="unfinished"></translation>
+        <translation>कनेक्शन विवरण</translation>
     </message>
 </context>
 <context>
@@ -64,50 +64,50 @@
     <message>
         <location filename="../../ui/SystemTray.cpp" line="+28"/>
         <source>Connect</source>
-        <translation type="unfinished"></translation>
+        <translation>कनेक्ट करें</translation>
     </message>
     <message>
         <location line="+1"/>
         <location line="+75"/>
         <source>Reconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>फिर से कनेक्ट करें</translation>
     </message>
     <message>
         <location line="-74"/>
         <location line="+75"/>
         <source>Disconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>डिस्कनेक्ट करें</translation>
     </message>
     <message>
         <location line="-74"/>
         <location line="+75"/>
         <source>Quit</source>
-        <translation type="unfinished"></translation>
+        <translation>बाहर निकलें</translation>
     </message>
     <message>
         <location line="-37"/>
         <source>Your connection is not secured now!</source>
-        <translation type="unfinished"></translation>
+        <translation>आपका कनेक्शन अभी सुरक्षित नहीं है!</translation>
     </message>
     <message>
         <location line="+23"/>
         <source>Your connection is encrypted and secured now!</source>
-        <translation type="unfinished"></translation>
+        <translation>आपका कनेक्शन अब एन्क्रिप्टेड और सुरक्षित है!</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>Connecting to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 से कनेक्ट हो रहा है</translation>
     </message>
     <message>
         <location line="+3"/>
         <source>Connected to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 से कनेक्टेड</translation>
     </message>
     <message>
         <location line="+3"/>
         <source>Connect %1</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 से कनेक्ट करें</translation>
     </message>
 </context>
 </TS>

@@ -6,22 +6,22 @@
     <message>
         <location filename="../../ui/CustomMessageBox.cpp" line="+78"/>
         <source>Yes</source>
-        <translation type="unfinished"></translation>
+        <translation>Tak</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>No</source>
-        <translation type="unfinished"></translation>
+        <translation>Nie</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Ok</source>
-        <translation type="unfinished"></translation>
+        <translation>OK</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Anuluj</translation>
     </message>
 </context>
 <context>
@@ -29,17 +29,17 @@
     <message>
         <location filename="../../ui/ProgressDlg.cpp" line="+69"/>
         <source>Update</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktualizacja</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Downloading update. Please wait...</source>
-        <translation type="unfinished"></translation>
+        <translation>Pobieranie aktualizacji. Proszę czekać...</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Anuluj</translation>
     </message>
 </context>
 <context>
@@ -48,15 +48,15 @@
         <location filename="../../ui/SearchEdit.cpp" line="+14"/>
         <location line="+31"/>
         <source>Location</source>
-        <translation type="unfinished"></translation>
+        <translation>Lokalizacja</translation>
     </message>
 </context>
 <context>
     <name>ShowLog</name>
     <message>
-        <location filename="../../ui/ShowLog.cpp" line="+61"/>
+        <location filename="../../ui/ShowLog.cpp" line="+71"/>
         <source>Connection Details</source>
-        <translation type="unfinished"></translation>
+        <translation>Szczegóły połączenia</translation>
     </message>
 </context>
 <context>
@@ -64,50 +64,50 @@
     <message>
         <location filename="../../ui/SystemTray.cpp" line="+28"/>
         <source>Connect</source>
-        <translation type="unfinished"></translation>
+        <translation>Połącz</translation>
     </message>
     <message>
         <location line="+1"/>
         <location line="+75"/>
         <source>Reconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>Połącz ponownie</translation>
     </message>
     <message>
         <location line="-74"/>
         <location line="+75"/>
         <source>Disconnect</source>
-        <translation type="unfinished"></translation>
+        <translation>Rozłącz</translation>
     </message>
     <message>
         <location line="-74"/>
         <location line="+75"/>
         <source>Quit</source>
-        <translation type="unfinished"></translation>
+        <translation>Zakończ</translation>
     </message>
     <message>
         <location line="-37"/>
         <source>Your connection is not secured now!</source>
-        <translation type="unfinished"></translation>
+        <translation>Twoje połączenie nie jest teraz chronione!</translation>
     </message>
     <message>
         <location line="+23"/>
         <source>Your connection is encrypted and secured now!</source>
-        <translation type="unfinished"></translation>
+        <translation>Twoje połączenie jest teraz szyfrowane i chronione!</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>Connecting to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Łączenie z %1</translation>
     </message>
     <message>
         <location line="+3"/>
         <source>Connected to %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Połączono z %1</translation>
     </message>
     <message>
         <location line="+3"/>
         <source>Connect %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Połącz z %1</translation>
     </message>
 </context>
 </TS>

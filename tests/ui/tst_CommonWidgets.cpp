@@ -56,7 +56,7 @@ private slots:
     void logAppendsParagraphsAndClears()
     {
         ShowLog log;
-        QCOMPARE(log.windowTitle(), QStringLiteral("Connection Details"));
+        QTRY_COMPARE(log.windowTitle(), QStringLiteral("Connection Details"));
         log.onUpdateLog(QStringLiteral("1,I,one"));
         log.onUpdateLog(QStringLiteral("2,I,two"));
         QTextBrowser* browser = log.findChild<QTextBrowser*>();
@@ -94,6 +94,22 @@ private slots:
         QCOMPARE(dialog.windowTitle(), QStringLiteral("Update"));
         QVERIFY(dialog.findChild<QLabel*>()->text() == QStringLiteral("Downloading update. Please wait..."));
         QCOMPARE(dialog.findChild<QPushButton*>()->text(), QStringLiteral("Cancel"));
+    }
+
+    void languageChangeRetitles()
+    {
+        ShowLog log;
+        ProgressDlg dialog;
+        SearchEdit edit;
+        QTranslator translator;
+        QVERIFY(translator.load(QStringLiteral(":/translations/TavrinApp_de")));
+        QCoreApplication::installTranslator(&translator);
+        QTRY_COMPARE(log.windowTitle(), QStringLiteral("Verbindungsdetails"));
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Aktualisierung"));
+        QCOMPARE(dialog.findChild<QPushButton*>()->text(), QStringLiteral("Abbrechen"));
+        QCOMPARE(edit.placeholderText(), QStringLiteral("Standort"));
+        QCoreApplication::removeTranslator(&translator);
+        QTRY_COMPARE(log.windowTitle(), QStringLiteral("Connection Details"));
     }
 
     void progressCancels()

@@ -229,6 +229,41 @@ private slots:
         QVERIFY(actionAt(*m_tray, 6)->isEnabled());
     }
 
+    void retranslateFollowsLanguage_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("connected");
+        QTest::addColumn<QString>("disconnect");
+        QTest::newRow("german") << "de"
+                                << "Verbunden mit Paris"
+                                << "Trennen";
+        QTest::newRow("russian") << "ru"
+                                 << "Подключено к Paris"
+                                 << "Отключиться";
+        QTest::newRow("english keeps the source texts") << "en"
+                                                        << "Connected to Paris"
+                                                        << "Disconnect";
+    }
+
+    void retranslateFollowsLanguage()
+    {
+        QFETCH(QString, language);
+        QFETCH(QString, connected);
+        QFETCH(QString, disconnect);
+        m_tray->init();
+        m_tray->setActiveServer(QStringLiteral("Paris"));
+        m_tray->setStatusConnected(false);
+        QTranslator translator;
+        QVERIFY(translator.load(QStringLiteral(":/translations/TavrinApp_%1").arg(language)));
+        QCoreApplication::installTranslator(&translator);
+        m_tray->retranslate();
+        QCoreApplication::removeTranslator(&translator);
+        QCOMPARE(actionAt(*m_tray, 2)->text(), connected);
+        QCOMPARE(actionAt(*m_tray, 4)->text(), disconnect);
+        // The product name is never translated.
+        QCOMPARE(actionAt(*m_tray, 0)->text(), QStringLiteral("Tavrin"));
+    }
+
 private:
     QScopedPointer<RecordingTray> m_tray;
 };
