@@ -2,7 +2,10 @@
 // person can look at them (scripts/screenshots runs this under Xvfb).
 #include <QApplication>
 #include <QDir>
+#include <QDirIterator>
+#include <QGridLayout>
 #include <QHBoxLayout>
+#include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
 #include <QTextStream>
@@ -115,6 +118,29 @@ int main(int argc, char* argv[])
     layout->addWidget(spinner, 0, Qt::AlignHCenter);
     sheet.resize(340, 420);
     ok &= save(sheet, dir, QStringLiteral("common-widgets.png"));
+
+    // Every drawn picture side by side, to keep them in one style.
+    QWidget icons;
+    icons.setObjectName(QStringLiteral("sheet"));
+    icons.setStyleSheet(QStringLiteral("QWidget#sheet { background: white; } QLabel { font: 10px; color: #4a4a4a; }"));
+    auto* grid = new QGridLayout(&icons);
+    grid->setSpacing(10);
+    QStringList names;
+    QDirIterator it(QStringLiteral(":/resources"), {QStringLiteral("*.svg"), QStringLiteral("*.png")});
+    while (it.hasNext())
+        names << it.next();
+    names.sort();
+    for (int i = 0; i < names.size(); ++i) {
+        auto* picture = new QLabel(&icons);
+        picture->setPixmap(QIcon(names.at(i)).pixmap(QSize(56, 56)));
+        picture->setAlignment(Qt::AlignCenter);
+        auto* caption = new QLabel(QFileInfo(names.at(i)).completeBaseName(), &icons);
+        caption->setAlignment(Qt::AlignCenter);
+        grid->addWidget(picture, (i / 6) * 2, i % 6);
+        grid->addWidget(caption, (i / 6) * 2 + 1, i % 6);
+    }
+    icons.adjustSize();
+    ok &= save(icons, dir, QStringLiteral("icons.png"));
 
     return ok ? 0 : 1;
 }
