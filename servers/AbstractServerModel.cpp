@@ -1,0 +1,7 @@
+#include "AbstractServerModel.h"
+
+const QString& AbstractServerModel::noName()
+{
+    static const QString empty;
+    return empty;
+}

@@ -1,0 +1,171 @@
+#include "ServerPingModel.h"
+
+#include <QDebug>
+#include <QHash>
+#include <QThreadPool>
+#include <QTimer>
+#include <algorithm>
+#include <numeric>
+
+namespace {
+const int maxPoolThreads = 4;
+const int timerIntervalMs = 10;
+const int stopWaitMs = 1;
+const int columns = 2;
+const int favoriteColumn = 1;
+
+const char* boolText(bool value)
+{
+    return value ? "true" : "false";
+}
+} // namespace
+
+ServerPingModel::ServerPingModel(QObject* parent)
+    : AbstractServerModel(parent)
+    , pool(new QThreadPool(this))
+    , timer(new QTimer(this))
+{
+    pool->setMaxThreadCount(maxPoolThreads);
+    connect(timer, &QTimer::timeout, this, &ServerPingModel::onPingTimerTimeout);
+}
+
+void ServerPingModel::setServers(QVector<ServerInfo> list)
+{
+    beginResetModel();
+    stopPing();
+
+    // Collect one entry per name (the last record wins) and the entry of every row.
+    QHash<QString, int> entryOfName;
+    entryOfName.reserve(list.size());
+    QVector<ServerInfo> entries;
+    rows.clear();
+    rows.reserve(list.size());
+    for (ServerInfo& server : list) {
+        auto it = entryOfName.find(server.name);
+        if (it == entryOfName.end()) {
+            it = entryOfName.insert(server.name, entries.size());
+            entries.append(std::move(server));
+        } else {
+            entries[*it] = std::move(server);
+        }
+        rows.append(*it);
+    }
+
+    // Store the entries in name order and re-point the rows at their new places.
+    QVector<int> order(entries.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [&](int a, int b) { return entries[a].name < entries[b].name; });
+    QVector<int> placeOf(entries.size());
+    servers.clear();
+    servers.reserve(entries.size());
+    sortTexts.clear();
+    sortTexts.reserve(entries.size());
+    for (int i = 0; i < order.size(); ++i) {
+        placeOf[order[i]] = i;
+        servers.append(std::move(entries[order[i]]));
+        sortTexts.append(servers.last().name.toLower());
+    }
+    for (int& entry : rows)
+        entry = placeOf[entry];
+
+    endResetModel();
+    emit progressPing(0.0f);
+    timer->start(timerIntervalMs);
+}
+
+ServerInfo ServerPingModel::locationByIndex(const QModelIndex& index) const
+{
+    if (index.row() < 0 || index.row() >= rows.size())
+        return ServerInfo();
+    return servers[rows[index.row()]];
+}
+
+const QString& ServerPingModel::sortText(const QModelIndex& index) const
+{
+    if (index.row() < 0 || index.row() >= rows.size())
+        return noName();
+    return sortTexts[rows[index.row()]];
+}
+
+ServerInfo ServerPingModel::getBestLocation() const
+{
+    int best = 0;
+    const ServerInfo* bestServer = nullptr;
+    for (const ServerInfo& server : servers) {
+        if (best <= 0 || server.ping < best) {
+            best = server.ping;
+            bestServer = &server;
+        }
+    }
+    return bestServer ? *bestServer : ServerInfo();
+}
+
+QVector<ServerInfo> ServerPingModel::getFavoriteLocation() const
+{
+    QVector<ServerInfo> favorites;
+    for (const ServerInfo& server : servers) {
+        if (server.favorite)
+            favorites.append(server);
+    }
+    return favorites;
+}
+
+void ServerPingModel::stopPing()
+{
+    timer->stop();
+    pool->clear();
+    pool->waitForDone(stopWaitMs);
+    counter = 0;
+}
+
+int ServerPingModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : rows.size();
+}
+
+int ServerPingModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : columns;
+}
+
+QVariant ServerPingModel::data(const QModelIndex& index, int role) const
+{
+    if (index.row() < 0 || index.column() < 0 || index.row() >= rows.size())
+        return QVariant();
+    const ServerInfo& server = servers[rows[index.row()]];
+    switch (role) {
+    case Qt::DisplayRole:
+        if (index.column() == 0)
+            return server.name;
+        if (index.column() == favoriteColumn)
+            return server.favorite;
+        break;
+    case FlagRole:
+        if (index.column() == 0)
+            return server.flag;
+        break;
+    case TypeRole:
+        return int(server.type);
+    default:
+        break;
+    }
+    return QVariant();
+}
+
+QVariant ServerPingModel::headerData(int, Qt::Orientation, int) const
+{
+    return QVariant();
+}
+
+bool ServerPingModel::setData(const QModelIndex& index, const QVariant& value, int)
+{
+    if (index.column() != favoriteColumn || index.row() < 0 || index.row() >= rows.size())
+        return false;
+    ServerInfo& server = servers[rows[index.row()]];
+    const bool old = server.favorite;
+    server.favorite = value.toBool();
+    qDebug() << "favorite changed" << index << QString(server) << boolText(old) << boolText(server.favorite);
+    emit dataChanged(index, index);
+    emit favoriteChanged();
+    return true;
+}

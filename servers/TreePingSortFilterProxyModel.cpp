@@ -1,0 +1,94 @@
+#include "TreePingSortFilterProxyModel.h"
+
+#include "AbstractServerModel.h"
+
+namespace {
+const int favoriteColumn = 1;
+} // namespace
+
+void TreePingSortFilterProxyModel::showFavorite()
+{
+    setModes(true, false, search);
+}
+
+void TreePingSortFilterProxyModel::showStandart()
+{
+    setModes(false, false, search);
+}
+
+void TreePingSortFilterProxyModel::showDouble()
+{
+    setModes(false, true, search);
+}
+
+void TreePingSortFilterProxyModel::showAll(QString& text)
+{
+    setModes(true, true, text);
+}
+
+void TreePingSortFilterProxyModel::setModes(bool favorite, bool isDouble, const QString& text)
+{
+    favoriteMode = favorite;
+    doubleMode = isDouble;
+    search = text;
+    lowerSearch = text.toLower();
+    invalidateFilter();
+}
+
+bool TreePingSortFilterProxyModel::nameContainsSearch(const QModelIndex& sourceIndex) const
+{
+    if (search.isEmpty())
+        return true;
+    if (const AbstractServerModel* model = serverModel())
+        return model->sortText(sourceIndex).contains(lowerSearch);
+    return lowerName(sourceIndex).contains(lowerSearch);
+}
+
+bool TreePingSortFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
+{
+    if (!sourceParent.isValid())
+        return hasAcceptedDescendant(sourceModel()->index(sourceRow, 0, sourceParent));
+    return acceptsOwnRow(sourceRow, sourceParent);
+}
+
+bool TreePingSortFilterProxyModel::hasAcceptedDescendant(const QModelIndex& sourceIndex) const
+{
+    if (!sourceIndex.isValid())
+        return false;
+    const QAbstractItemModel* model = sourceModel();
+    const int children = model->rowCount(sourceIndex);
+    for (int row = 0; row < children; ++row) {
+        if (acceptsOwnRow(row, sourceIndex) || hasAcceptedDescendant(model->index(row, 0, sourceIndex)))
+            return true;
+    }
+    return false;
+}
+
+bool TreePingSortFilterProxyModel::acceptsOwnRow(int sourceRow, const QModelIndex& sourceParent) const
+{
+    const bool base = QSortFilterProxyModel::filterAcceptsRow(sourceRow, sourceParent);
+    if (!sourceParent.isValid())
+        return base;
+
+    const QAbstractItemModel* model = sourceModel();
+    const QModelIndex nameIndex = model->index(sourceRow, 0, sourceParent);
+    const int type = nameIndex.data(AbstractServerModel::TypeRole).toInt();
+    if (!favoriteMode && !doubleMode)
+        return base && type == ServerInfo::Standart;
+    if (!favoriteMode)
+        return type == ServerInfo::Double;
+    if (!doubleMode)
+        return base && model->index(sourceRow, favoriteColumn, sourceParent).data().toBool();
+    if (!base && type != ServerInfo::Standart && type != ServerInfo::Double)
+        return false;
+    return nameContainsSearch(nameIndex);
+}
+
+bool TreePingSortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    if (sortColumn() != 0)
+        return true;
+    if (const AbstractServerModel* model = serverModel())
+        return model->sortText(left) < model->sortText(right);
+    return lowerName(left) < lowerName(right);
+}
