@@ -86,6 +86,7 @@ QByteArray reason(int status)
 
 FakeService::FakeService(QObject* parent)
     : QTcpServer(parent)
+    , m_fixture(FakeFixture::demo())
 { }
 
 FakeService::~FakeService() = default;

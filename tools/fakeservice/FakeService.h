@@ -39,6 +39,7 @@ public:
     void setPlainHttp(bool plain) { m_plain = plain; }
     QString baseUrl() const;
 
+    // The demo fixture until another is set.
     FakeFixture& fixture() { return m_fixture; }
     void setFixture(const FakeFixture& fixture) { m_fixture = fixture; }
 

@@ -1,0 +1,208 @@
+#include <QtTest>
+
+#include "ApiTestEnvironment.h"
+#include "FakeService.h"
+#include "LocalSettings.h"
+#include "NetworkManager.h"
+
+using CacheMap = QMap<QString, QByteArray>;
+
+// The account copy in the settings store: what survives a restart, and its encodings.
+class TestOfflineCache : public QObject
+{
+    Q_OBJECT
+
+private:
+    FakeService m_service;
+
+    // A new settings store and a new client over the same file, as after a restart.
+    static NetworkManager* restart()
+    {
+        NetworkManager::resetInstance();
+        LocalSettings::resetInstance();
+        return NetworkManager::instance();
+    }
+
+    static QStringList allServerLines(NetworkManager* nm)
+    {
+        QStringList lines;
+        for (const QString& login : nm->cacheUsers()) {
+            LocalSettings::instance()->setValue(Keys::VpnLogin, login);
+            for (const ServerInfo& s : nm->servers())
+                lines << s;
+        }
+        return lines;
+    }
+
+    static QStringList subscriptionLines(NetworkManager* nm)
+    {
+        QStringList lines;
+        for (const Subscription& s : nm->subscriptions())
+            lines << s.login() + QLatin1Char('|') + s.password() + QLatin1Char('|')
+                    + QString::number(s.expiresTime().toSecsSinceEpoch());
+        return lines;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QString error;
+        QVERIFY2(m_service.start(0, &error), qPrintable(error));
+        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+    }
+
+    void init()
+    {
+        NetworkManager::resetInstance();
+        LocalSettings::resetInstance();
+        QFile::remove(LocalSettings::instance()->fileName());
+        LocalSettings::resetInstance();
+        // Keeps the store from resetting itself at the restart.
+        LocalSettings::instance()->setValue(Keys::RememberUser, true);
+    }
+
+    void restartGivesTheSameAccount()
+    {
+        NetworkManager* nm = NetworkManager::instance();
+        QSignalSpy auth(nm, &NetworkManager::auth);
+        nm->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
+        QVERIFY(auth.wait(30000));
+        QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
+        const QStringList users = nm->cacheUsers();
+        const QStringList subscriptions = subscriptionLines(nm);
+        const QStringList servers = allServerLines(nm);
+        const QByteArray config = nm->getConfigOVPNbyServer(QString());
+        const QByteArray cert = nm->getCertifOvpnByUser(QStringLiteral("vpn-demo2"));
+        const QByteArray key = nm->getKeyOvpnByUser(QStringLiteral("vpn-demo1"));
+        QCOMPARE(servers.size(), 10);
+
+        nm = restart();
+        QCOMPARE(nm->cacheUsers(), users);
+        QCOMPARE(subscriptionLines(nm), subscriptions);
+        QCOMPARE(allServerLines(nm), servers);
+        QCOMPARE(nm->getConfigOVPNbyServer(QString()), config);
+        QCOMPARE(nm->getCertifOvpnByUser(QStringLiteral("vpn-demo2")), cert);
+        QCOMPARE(nm->getKeyOvpnByUser(QStringLiteral("vpn-demo1")), key);
+        QVERIFY(!cert.isEmpty() && !key.isEmpty() && !config.isEmpty());
+    }
+
+    void clearedCacheStaysEmptyAfterRestart()
+    {
+        NetworkManager* nm = NetworkManager::instance();
+        QSignalSpy auth(nm, &NetworkManager::auth);
+        nm->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
+        QVERIFY(auth.wait(30000));
+        nm->clearCache();
+        QVERIFY(nm->cacheUsers().isEmpty());
+        QVERIFY(nm->getConfigOVPNbyServer(QString()).isEmpty());
+
+        nm = restart();
+        QVERIFY(nm->cacheUsers().isEmpty());
+        QVERIFY(nm->getConfigOVPNbyServer(QString()).isEmpty());
+        QVERIFY(nm->getCertifOvpnByUser(QStringLiteral("vpn-demo1")).isEmpty());
+        NetworkManager::resetInstance();
+        // An empty list, unlike the reset text: not even a default record is written back.
+        QVERIFY(LocalSettings::instance()->value(Keys::CachedServers).toStringList().isEmpty());
+    }
+
+    void resetStoreReadsBackOneEmptyRecord()
+    {
+        LocalSettings::instance()->createDefaultSettings();
+        NetworkManager::instance();
+        NetworkManager::resetInstance();
+        const QStringList lines = LocalSettings::instance()->value(Keys::CachedServers).toStringList();
+        QCOMPARE(lines.size(), 1);
+        QCOMPARE(ServerInfo(lines.at(0)).name, QString());
+        QCOMPARE(lines.at(0), QString(ServerInfo(QString())));
+    }
+
+    void userLines_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QStringList>("users");
+        QTest::newRow("three parts load")
+            << QStringLiteral("vpn1||pw||2024-05-01T12:00:00") << QStringList {QStringLiteral("vpn1")};
+        QTest::newRow("a fourth part is skipped")
+            << QStringLiteral("vpn1||pw||2024-05-01T12:00:00||x") << QStringList();
+        QTest::newRow("a password with the separator is skipped")
+            << QStringLiteral("vpn1||p||w||2024-05-01T12:00:00") << QStringList();
+        QTest::newRow("two parts are skipped") << QStringLiteral("vpn1||pw") << QStringList();
+        QTest::newRow("empty expiry still loads")
+            << QStringLiteral("vpn1||pw||") << QStringList {QStringLiteral("vpn1")};
+    }
+    void userLines()
+    {
+        QFETCH(QString, line);
+        QFETCH(QStringList, users);
+        LocalSettings::instance()->setValue(Keys::CachedUsers, QStringList {line});
+        NetworkManager* nm = restart();
+        QCOMPARE(nm->cacheUsers(), users);
+        if (!users.isEmpty() && line.endsWith(QLatin1String("00")))
+            QCOMPARE(nm->subscription(users.at(0)).expiresTime(), QDateTime(QDate(2024, 5, 1), QTime(12, 0)));
+    }
+
+    void mapEncoding_data()
+    {
+        QTest::addColumn<CacheMap>("map");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("empty map is a zero count") << CacheMap() << QByteArray(4, '\0');
+        QTest::newRow("one entry: count, UTF-16 key, value") << CacheMap {{QStringLiteral("a"), QByteArray("xy")}}
+                                                             << QByteArray::fromHex("00000001"
+                                                                                    "00000002"
+                                                                                    "0061"
+                                                                                    "00000002"
+                                                                                    "7879");
+        QTest::newRow("entries go from the last key to the first")
+            << CacheMap {{QStringLiteral("a"), QByteArray("1")}, {QStringLiteral("b"), QByteArray("2")}}
+            << QByteArray::fromHex("00000002"
+                                   "00000002"
+                                   "0062"
+                                   "00000001"
+                                   "32"
+                                   "00000002"
+                                   "0061"
+                                   "00000001"
+                                   "31");
+    }
+    void mapEncoding()
+    {
+        QFETCH(CacheMap, map);
+        QFETCH(QByteArray, bytes);
+        QCOMPARE(NetworkManager::cacheMapToArray(map), bytes);
+        QCOMPARE(NetworkManager::cacheArrayToMap(bytes), map);
+    }
+
+    void damagedMapKeepsWhatWasRead_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<CacheMap>("map");
+        const QByteArray two = QByteArray::fromHex("00000002"
+                                                   "00000002"
+                                                   "0062"
+                                                   "00000001"
+                                                   "32"
+                                                   "00000002"
+                                                   "0061"
+                                                   "00000001"
+                                                   "31");
+        QTest::newRow("empty array") << QByteArray() << CacheMap();
+        QTest::newRow("cut in the last value")
+            << two.left(two.size() - 1) << CacheMap {{QStringLiteral("b"), QByteArray("2")}};
+        QTest::newRow("count larger than the entries") << QByteArray::fromHex("7fffffff"
+                                                                              "00000002"
+                                                                              "0061"
+                                                                              "00000000")
+                                                       << CacheMap {{QStringLiteral("a"), QByteArray("")}};
+        QTest::newRow("garbage") << QByteArray("not a map at all") << CacheMap();
+    }
+    void damagedMapKeepsWhatWasRead()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(CacheMap, map);
+        QCOMPARE(NetworkManager::cacheArrayToMap(bytes), map);
+    }
+};
+
+TAVRIN_API_TEST_MAIN(TestOfflineCache)
+
+#include "tst_OfflineCache.moc"
