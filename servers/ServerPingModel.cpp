@@ -34,39 +34,27 @@ void ServerPingModel::setServers(QVector<ServerInfo> list)
     beginResetModel();
     stopPing();
 
-    // Collect one entry per name (the last record wins) and the entry of every row.
+    // One entry per name (the last record wins), in order of first appearance; rows point at them.
     QHash<QString, int> entryOfName;
     entryOfName.reserve(list.size());
-    QVector<ServerInfo> entries;
+    servers.clear();
+    servers.reserve(list.size());
+    sortTexts.clear();
+    sortTexts.reserve(list.size());
     rows.clear();
     rows.reserve(list.size());
-    for (ServerInfo& server : list) {
+    nameOrder.clear();
+    for (const ServerInfo& server : qAsConst(list)) {
         auto it = entryOfName.find(server.name);
         if (it == entryOfName.end()) {
-            it = entryOfName.insert(server.name, entries.size());
-            entries.append(std::move(server));
+            it = entryOfName.insert(server.name, servers.size());
+            servers.append(server);
+            sortTexts.append(server.name.toLower());
         } else {
-            entries[*it] = std::move(server);
+            servers[*it] = server;
         }
         rows.append(*it);
     }
-
-    // Store the entries in name order and re-point the rows at their new places.
-    QVector<int> order(entries.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [&](int a, int b) { return entries[a].name < entries[b].name; });
-    QVector<int> placeOf(entries.size());
-    servers.clear();
-    servers.reserve(entries.size());
-    sortTexts.clear();
-    sortTexts.reserve(entries.size());
-    for (int i = 0; i < order.size(); ++i) {
-        placeOf[order[i]] = i;
-        servers.append(std::move(entries[order[i]]));
-        sortTexts.append(servers.last().name.toLower());
-    }
-    for (int& entry : rows)
-        entry = placeOf[entry];
 
     endResetModel();
     emit progressPing(0.0f);
@@ -87,11 +75,24 @@ const QString& ServerPingModel::sortText(const QModelIndex& index) const
     return sortTexts[rows[index.row()]];
 }
 
+const QVector<int>& ServerPingModel::entriesByName() const
+{
+    // Built on demand: only the best-location and favourite queries need the name order.
+    if (nameOrder.size() != servers.size()) {
+        nameOrder.resize(servers.size());
+        std::iota(nameOrder.begin(), nameOrder.end(), 0);
+        std::sort(
+            nameOrder.begin(), nameOrder.end(), [this](int a, int b) { return servers[a].name < servers[b].name; });
+    }
+    return nameOrder;
+}
+
 ServerInfo ServerPingModel::getBestLocation() const
 {
     int best = 0;
     const ServerInfo* bestServer = nullptr;
-    for (const ServerInfo& server : servers) {
+    for (int entry : entriesByName()) {
+        const ServerInfo& server = servers[entry];
         if (best <= 0 || server.ping < best) {
             best = server.ping;
             bestServer = &server;
@@ -103,7 +104,8 @@ ServerInfo ServerPingModel::getBestLocation() const
 QVector<ServerInfo> ServerPingModel::getFavoriteLocation() const
 {
     QVector<ServerInfo> favorites;
-    for (const ServerInfo& server : servers) {
+    for (int entry : entriesByName()) {
+        const ServerInfo& server = servers[entry];
         if (server.favorite)
             favorites.append(server);
     }

@@ -44,12 +44,16 @@ signals:
     void favoriteChanged();
 
 private:
-    // One entry per distinct name, in name order.
+    const QVector<int>& entriesByName() const;
+
+    // One entry per distinct name, in order of first appearance.
     QVector<ServerInfo> servers;
     // The lower-cased name of each entry of `servers`.
     QVector<QString> sortTexts;
     // Row number -> position in `servers`.
     QVector<int> rows;
+    // Positions in `servers` in name order; empty until asked for.
+    mutable QVector<int> nameOrder;
     QThreadPool* pool;
     QTimer* timer;
     int counter = 0;

@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <QHash>
+#include <QMap>
 
 #include "LocationTreeItem.h"
 
@@ -37,16 +38,13 @@ void ServerTreeModel::setServers(QVector<ServerInfo> list)
 {
     beginResetModel();
     m_root = std::make_unique<LocationTreeItem>(ServerInfo());
-    m_servers.clear();
 
     // Group the records in one pass, keeping the order in which groups first appear.
     QHash<QString, int> groupIndex;
     QVector<QString> groupNames;
     QVector<QVector<int>> members;
     for (int i = 0; i < list.size(); ++i) {
-        const ServerInfo& server = list[i];
-        m_servers.insert(identifOf(server), server);
-        const QString group = groupOf(server.name);
+        const QString group = groupOf(list[i].name);
         auto it = groupIndex.find(group);
         if (it == groupIndex.end()) {
             it = groupIndex.insert(group, groupNames.size());
@@ -89,10 +87,19 @@ const QString& ServerTreeModel::sortText(const QModelIndex& index) const
 
 QVector<ServerInfo> ServerTreeModel::getFavoriteLocation() const
 {
+    // The last record of a (login, name) pair speaks for it, as in the list handed in.
+    QMap<ServerIdentif, const ServerInfo*> servers;
+    for (int group = 0; group < m_root->childCount(); ++group) {
+        const LocationTreeItem* groupItem = m_root->child(group);
+        for (int row = 0; row < groupItem->childCount(); ++row) {
+            const ServerInfo& server = groupItem->child(row)->record();
+            servers.insert(identifOf(server), &server);
+        }
+    }
     QVector<ServerInfo> favorites;
-    for (const ServerInfo& server : m_servers) {
-        if (server.favorite)
-            favorites.append(server);
+    for (const ServerInfo* server : qAsConst(servers)) {
+        if (server->favorite)
+            favorites.append(*server);
     }
     return favorites;
 }
@@ -186,7 +193,6 @@ bool ServerTreeModel::setData(const QModelIndex& index, const QVariant& value, i
     const bool favorite = value.toBool();
     qDebug() << "favorite changed" << index << QString(item->record()) << boolText(item->record().favorite)
              << boolText(favorite);
-    m_servers[identif].favorite = favorite;
 
     // A record listed twice sits twice in the same group; both rows show one mark.
     LocationTreeItem* group = item->parent();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QMap>
 #include <QVector>
 #include <memory>
 
@@ -49,5 +48,4 @@ private:
     bool isServerItem(const LocationTreeItem* item) const;
 
     std::unique_ptr<LocationTreeItem> m_root;
-    QMap<ServerIdentif, ServerInfo> m_servers;
 };
