@@ -1,4 +1,5 @@
 #include <QAbstractItemModelTester>
+#include <QStandardItemModel>
 #include <QtTest>
 
 #include "FavoritesServerModel.h"
@@ -214,6 +215,23 @@ private slots:
         Tester proxyTester(&proxy, Tester::FailureReportingMode::Fatal);
         model.setServers(serversFromSpecs(specs));
         QTEST(outline(proxy).split(QLatin1Char(',')), "sorted");
+    }
+
+    void proxyOverAPlainItemModel()
+    {
+        QStandardItemModel model;
+        for (const QString& name : QStringList {"b-x", "Oslo", "A-y", "zurich"}) {
+            auto* item = new QStandardItem(name);
+            item->setData(int(ServerInfo::Standart), Qt::UserRole + 1);
+            model.appendRow({item, new QStandardItem()});
+        }
+        PingSortFilterProxyModel proxy;
+        proxy.setSourceModel(&model);
+        proxy.sort(0);
+        QCOMPARE(outline(proxy), QStringLiteral("Oslo,zurich,A-y,b-x"));
+        QString search = QStringLiteral("O");
+        proxy.showAll(search);
+        QCOMPARE(outline(proxy), QStringLiteral("Oslo"));
     }
 
     void proxyFollowsFavouriteToggles()
