@@ -93,6 +93,7 @@ OpenVPNConnectorQt::~OpenVPNConnectorQt()
             ::shutdown(fd, SHUT_RDWR);
     }
     wait();
+    acquireSession();
 }
 
 void OpenVPNConnectorQt::connect(const QString& configPath_, const QString& username_, const QString& password_)
@@ -104,6 +105,7 @@ void OpenVPNConnectorQt::connect(const QString& configPath_, const QString& user
         if (fd >= 0)
             ::shutdown(fd, SHUT_RDWR);
         wait();
+        acquireSession();
     }
     configPath = configPath_;
     username = username_;
@@ -146,6 +148,20 @@ bool OpenVPNConnectorQt::connectToPipeAndRunOpenVPN()
 }
 
 void OpenVPNConnectorQt::run()
+{
+    session();
+    // Publishes the session's last writes to whoever waited for the thread (see acquireSession).
+    m_sessionsEnded.fetch_add(1, std::memory_order_release);
+}
+
+void OpenVPNConnectorQt::acquireSession()
+{
+    // QThread::wait() orders the thread's end before the caller, but through a lock that thread
+    // checkers cannot see; an acquire on the flag makes the order explicit.
+    (void)m_sessionsEnded.load(std::memory_order_acquire);
+}
+
+void OpenVPNConnectorQt::session()
 {
     managementPort = getAvailablePort();
     if (managementPort == -1) {

@@ -52,6 +52,8 @@ protected:
     void run() override;
 
 private:
+    void session();
+    void acquireSession();
     bool connectManagement();
     void interpretLine(const QByteArray& rawLine);
     void sendCredential(const char* keyword, const QString& value);
@@ -69,4 +71,5 @@ private:
     int m_retries = 0;
     bool m_tapReported = false;
     bool m_proxyReported = false;
+    std::atomic<unsigned> m_sessionsEnded {0};
 };
