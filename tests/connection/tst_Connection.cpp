@@ -106,19 +106,6 @@ private slots:
         QCOMPARE(figures, last);
     }
 
-    void passesOnDisconnectAndLog()
-    {
-        Connection connection;
-        QSignalSpy disconnected(&connection, &Connection::disconnected);
-        QSignalSpy log(&connection, &Connection::logUpdate);
-        connection.onOvpnDisconnected();
-        connection.onOvpnLogUpdate(QStringLiteral(">LOG:1,,line"));
-        QCOMPARE(disconnected.size(), 1);
-        QCOMPARE(disconnected.at(0).at(0).toBool(), false);
-        QCOMPARE(log.size(), 1);
-        QCOMPARE(log.at(0).at(0).toString(), QStringLiteral(">LOG:1,,line"));
-    }
-
     void connectDispatchesByProtocol_data()
     {
         QTest::addColumn<int>("protocol");
@@ -191,13 +178,6 @@ private slots:
         QVERIFY(call(connection));
         QCOMPARE(m_daemon->requestCount(), 1);
         QCOMPARE(int(commandOf(m_daemon->requests().constFirst())), command);
-    }
-
-    void installHelperIsAlwaysTrue()
-    {
-        Connection connection;
-        QVERIFY(connection.installHelper());
-        QCOMPARE(m_daemon->requestCount(), 0);
     }
 
     void recordedSessionThroughTheFacade()
