@@ -2,6 +2,14 @@
 
 #include "PingManager.h"
 
+#if defined(__SANITIZE_THREAD__)
+#define TAVRIN_UNDER_TSAN 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define TAVRIN_UNDER_TSAN 1
+#endif
+#endif
+
 namespace {
 ServerInfo server(const QString& name, const QString& ip = QStringLiteral("127.0.0.1"))
 {
@@ -71,6 +79,11 @@ private:
 private slots:
     void initTestCase()
     {
+#ifdef TAVRIN_UNDER_TSAN
+        // Every pass forks "ping" from pool threads; under ThreadSanitizer such a child can hang
+        // in the sanitizer's own exit handling, whose locks it inherited mid-use.
+        QSKIP("the ping jobs fork from worker threads, which ThreadSanitizer's runtime cannot survive");
+#endif
         QVERIFY(m_dir.isValid());
         QVERIFY(QDir(m_dir.path()).mkpath(QStringLiteral("bin")));
         m_savedPath = qgetenv("PATH");
@@ -82,7 +95,10 @@ private slots:
         // No ping anywhere on PATH unless a test installs the stand-in.
         qputenv("PATH", QFile::encodeName(m_dir.filePath(QStringLiteral("bin"))));
     }
-    void cleanupTestCase() { qputenv("PATH", m_savedPath); }
+    void cleanupTestCase()
+    {
+        qputenv("PATH", m_savedPath);
+    }
 
     void missingPingStillFinishes()
     {
