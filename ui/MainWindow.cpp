@@ -20,7 +20,7 @@ MainWindow::MainWindow(QWidget* parent)
     layout->setSpacing(0);
     setCentralWidget(central);
 
-    setWindowIcon(QIcon(QStringLiteral("resources/tvn.ico")));
+    setWindowIcon(QIcon(QStringLiteral(":/resources/tvn.ico")));
     setWindowTitle(QStringLiteral("Tavrin"));
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint | Qt::CustomizeWindowHint
                    | Qt::WindowCloseButtonHint);
