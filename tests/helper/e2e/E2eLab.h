@@ -1,0 +1,58 @@
+#pragma once
+
+// The network namespaces, servers and PKI of netns-lab.sh, seen from a test or a benchmark
+// process: builds and removes them, moves this process into the client namespace and back,
+// runs the helper daemon there and writes the client's configuration template.
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+class E2eLab
+{
+public:
+    static constexpr const char* ServerAddress = "10.231.0.1";
+    static constexpr const char* StrayAddress = "10.231.0.3"; // neither allowed nor behind a tunnel
+    static constexpr const char* UdpTunnelServer = "10.232.0.1";
+    static constexpr const char* TcpTunnelServer = "10.233.0.1";
+    static constexpr const char* User = "vpnuser";
+    static constexpr const char* Password = "s3cret-Pass";
+    static constexpr int StealthPort = 443;
+
+    E2eLab();
+    ~E2eLab();
+
+    // Empty when the lab can run here; otherwise why not (for QSKIP).
+    static QString missingPrerequisite();
+
+    // Builds the lab, enters the client namespace and starts the daemon; false with error().
+    bool start();
+    // Idempotent; also run by the destructor.
+    void stop();
+    QString error() const { return m_error; }
+
+    QString dir() const { return m_dir.path(); }
+    QString resolvConf() const { return dir() + QStringLiteral("/root/etc/resolv.conf"); }
+    QByteArray originalResolvConf() const { return "nameserver 192.0.2.53\n"; }
+    QByteArray clientTemplate() const;
+    QByteArray clientCert() const;
+    QByteArray clientKey() const;
+    QByteArray daemonLog();
+
+    // Processes of that name running in the client namespace.
+    int processesInClient(const QByteArray& name) const;
+    // A raw OpenVPN client run by hand in the client namespace (benchmark baseline).
+    static QString openvpnProgram() { return QStringLiteral("openvpn"); }
+
+private:
+    bool runLab(const QString& command);
+
+    QTemporaryDir m_dir;
+    QProcess m_daemon;
+    QByteArray m_daemonLog;
+    int m_ownNamespace = -1;
+    bool m_inClient = false;
+    bool m_started = false;
+    QString m_error;
+};
