@@ -47,8 +47,11 @@ private slots:
     void installsAPackageInTheBackground();
     void firewallTouchesOnlyItsOwnTable();
     void silentClientDoesNotStallOthers();
+    void firewallComesBackAfterARestart();
 
 private:
+    void startDaemon();
+    void restartDaemon();
     QString path(const QString& name) const { return m_dir.path() + QLatin1Char('/') + name; }
     QString stateDir() const { return path(QStringLiteral("root/var/lib/tavrin-helperd")); }
 
@@ -63,6 +66,7 @@ private:
 void tst_HelperDaemon::initTestCase()
 {
     QVERIFY(m_dir.isValid());
+    connect(&m_daemon, &QProcess::readyRead, this, [this] { m_log += m_daemon.readAll(); });
     QVERIFY(QDir().mkpath(path(QStringLiteral("bin"))));
     QVERIFY(QDir().mkpath(path(QStringLiteral("root/etc"))));
     QVERIFY(QFile::link(QStringLiteral("/usr/share/zoneinfo/UTC"), path(QStringLiteral("root/etc/localtime"))));
@@ -99,14 +103,19 @@ void tst_HelperDaemon::initTestCase()
     QVERIFY(QFile::link(path(QStringLiteral("update.deb")), path(QStringLiteral("link.deb"))));
 
     m_port = WireClient::freePort();
+    startDaemon();
+}
+
+void tst_HelperDaemon::startDaemon()
+{
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("PATH"),
                path(QStringLiteral("bin")) + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
     env.insert(QStringLiteral("TAVRIN_HELPERD_ROOT"), path(QStringLiteral("root")));
     env.insert(QStringLiteral("TAVRIN_HELPERD_SCRIPT"), QStringLiteral(TAVRIN_RESOLVER_SCRIPT));
+    m_log.clear();
     m_daemon.setProcessEnvironment(env);
     m_daemon.setProcessChannelMode(QProcess::MergedChannels);
-    connect(&m_daemon, &QProcess::readyRead, this, [this] { m_log += m_daemon.readAll(); });
     m_daemon.start(QStringLiteral(TAVRIN_HELPERD_PATH),
                    {QStringLiteral("--port"),
                     QString::number(m_port),
@@ -116,14 +125,25 @@ void tst_HelperDaemon::initTestCase()
     QTRY_VERIFY(m_log.contains("listening on 127.0.0.1"));
 }
 
+void tst_HelperDaemon::restartDaemon()
+{
+    m_daemon.terminate();
+    QVERIFY(m_daemon.waitForFinished(10000));
+    startDaemon();
+}
+
 void tst_HelperDaemon::cleanupTestCase()
 {
     m_daemon.terminate();
     QVERIFY(m_daemon.waitForFinished(10000));
     m_log += m_daemon.readAll();
     qInfo("the daemon refused %d of %d attacks", m_refused, m_attacks);
-    // The OpenVPN stand-in it started went with it.
-    QVERIFY(!m_log.contains("stopping on a signal") || m_log.contains("openvpn: stopping pid"));
+    // Every OpenVPN stand-in it started went with it.
+    const QList<QByteArray> calls = readAll(path(QStringLiteral("openvpn.calls"))).trimmed().split('\n');
+    for (const QByteArray& call : calls) {
+        const QString pid = QString::fromLatin1(call.split(' ').first());
+        QVERIFY2(pid.isEmpty() || !QFileInfo::exists(QStringLiteral("/proc/") + pid), qPrintable(pid));
+    }
 }
 
 void tst_HelperDaemon::refusesAttacks_data()
@@ -243,7 +263,7 @@ void tst_HelperDaemon::startsOpenVpnWithTheCheckedConfiguration()
     // One OpenVPN at a time: the first was stopped by the second start.
     const QByteArray firstPid = lines.first().split(' ').first();
     QTRY_VERIFY(!QFileInfo::exists(QStringLiteral("/proc/") + QString::fromLatin1(firstPid)));
-    QVERIFY(m_log.contains("openvpn: stopping pid"));
+    QTRY_VERIFY(m_log.contains("openvpn: stopping pid"));
     QFile conf(QFile::decodeName(copy));
     QVERIFY(conf.open(QIODevice::ReadOnly));
     QCOMPARE(conf.permissions() & (QFileDevice::ReadOther | QFileDevice::ReadGroup), QFileDevice::Permissions());
@@ -289,6 +309,28 @@ void tst_HelperDaemon::silentClientDoesNotStallOthers()
     QCOMPARE(silent.state(), QAbstractSocket::ConnectedState);
     QTRY_COMPARE_WITH_TIMEOUT(silent.state(), QAbstractSocket::UnconnectedState, 8000);
     QCOMPARE(silent.bytesAvailable(), qint64(0));
+}
+
+void tst_HelperDaemon::firewallComesBackAfterARestart()
+{
+    const QString calls = path(QStringLiteral("nft.calls"));
+    QCOMPARE(WireClient::result(m_port, WireClient::packet(HelperWire::FirewallEnableOnStart)), 1);
+    QCOMPARE(WireClient::result(m_port,
+                                WireClient::firewall(HelperWire::FirewallOn,
+                                                     QStringLiteral("10.9.8.7"),
+                                                     QStringLiteral("tun0"),
+                                                     FIREWALL_PARAMETERS {true, false, false, false, true})),
+             1);
+    QFile::remove(calls);
+    restartDaemon();
+    QTRY_VERIFY(readAll(calls).contains("10.9.8.7/32"));
+
+    // Switched off, nothing is put back at the next start.
+    QCOMPARE(WireClient::result(m_port, WireClient::packet(HelperWire::FirewallOff)), 1);
+    QFile::remove(calls);
+    restartDaemon();
+    QCOMPARE(WireClient::result(m_port, WireClient::packet(HelperWire::TimezoneChangeSupported)), 1);
+    QVERIFY(!QFile::exists(calls));
 }
 
 QTEST_GUILESS_MAIN(tst_HelperDaemon)
