@@ -6,14 +6,35 @@
 
 #include <QDebug>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QThread>
 
 namespace {
 constexpr qint64 MaxConfigSize = 1 << 20;
 constexpr int StopTimeoutMs = 5000;
+constexpr int ManagementWaitMs = 2000;
+
+// Whether something listens on 127.0.0.1:port, from the kernel's socket table, without
+// connecting (OpenVPN's management port takes one client only).
+bool isListening(quint16 port)
+{
+    QFile table(QStringLiteral("/proc/net/tcp"));
+    if (!table.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray local
+        = QByteArrayLiteral("0100007F:") + QByteArray::number(port, 16).toUpper().rightJustified(4, '0');
+    const QList<QByteArray> lines = table.readAll().split('\n');
+    for (const QByteArray& line : lines) {
+        const QList<QByteArray> fields = line.simplified().split(' ');
+        if (fields.size() > 3 && fields.at(1) == local && fields.at(3) == "0A")
+            return true;
+    }
+    return false;
+}
 } // namespace
 
 OpenVpnLauncher::OpenVpnLauncher(const QString& stateDir, const QString& resolverScript, QObject* parent)
@@ -110,6 +131,15 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid)
         return false;
     }
     qInfo() << "openvpn: started pid" << m_process->processId() << "management port" << args.managementPort();
+    // The client connects to the management port as soon as we answer and retries only every
+    // 100 ms: answering once OpenVPN listens saves it that wait.
+    QElapsedTimer clock;
+    clock.start();
+    while (!isListening(args.managementPort()) && clock.elapsed() < ManagementWaitMs
+           && m_process->state() == QProcess::Running)
+        QThread::msleep(2);
+    qInfo() << "openvpn: management port" << (isListening(args.managementPort()) ? "open" : "not open yet") << "after"
+            << clock.elapsed() << "ms";
     return true;
 }
 

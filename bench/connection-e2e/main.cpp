@@ -1,0 +1,159 @@
+// Time from Connection::connect to "connected" against OpenVPN started by hand with the same
+// configuration and server until its "Initialization Sequence Completed". Runs in the network
+// namespaces of the e2e tests; needs root and /dev/net/tun.
+
+#include "E2eLab.h"
+
+#include "Connection.h"
+#include "MakeOVPNFile.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QProcess>
+#include <QTimer>
+#include <QVector>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+constexpr int Rounds = 5;
+
+double median(QVector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.at(v.size() / 2);
+}
+
+bool waitFor(const std::function<bool()>& done, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done()) {
+        if (clock.elapsed() > timeoutMs)
+            return false;
+        QEventLoop loop;
+        QTimer::singleShot(5, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return true;
+}
+
+double engineRound(E2eLab& lab, const QString& configPath)
+{
+    Connection connection;
+    bool up = false;
+    bool down = false;
+    QObject::connect(&connection, &Connection::connected, [&up] { up = true; });
+    QObject::connect(&connection, &Connection::disconnected, [&down] { down = true; });
+    ServerInfo server;
+    server.protocol = OpenVpnUdp;
+    QElapsedTimer clock;
+    clock.start();
+    connection.connect(
+        server, QLatin1String(E2eLab::User), QLatin1String(E2eLab::Password), configPath, ProxySetting());
+    if (!waitFor([&up] { return up; }, 30000))
+        return -1;
+    const double ms = clock.nsecsElapsed() / 1e6;
+    connection.disconnect(false);
+    waitFor([&down] { return down; }, 15000);
+    waitFor([&lab] { return lab.processesInClient("openvpn") == 0; }, 15000);
+    return ms;
+}
+
+double rawRound(E2eLab& lab, const QString& configPath, const QString& credentials)
+{
+    QProcess openvpn;
+    openvpn.setProcessChannelMode(QProcess::MergedChannels);
+    QByteArray output;
+    QElapsedTimer clock;
+    clock.start();
+    openvpn.start(E2eLab::openvpnProgram(),
+                  {QStringLiteral("--config"),
+                   configPath,
+                   QStringLiteral("--auth-user-pass"),
+                   credentials,
+                   QStringLiteral("--script-security"),
+                   QStringLiteral("2"),
+                   QStringLiteral("--up"),
+                   QStringLiteral(TAVRIN_RESOLVER_SCRIPT),
+                   QStringLiteral("--down"),
+                   QStringLiteral(TAVRIN_RESOLVER_SCRIPT),
+                   QStringLiteral("--setenv"),
+                   QStringLiteral("TAVRIN_HELPERD_ROOT"),
+                   lab.dir() + QStringLiteral("/root")});
+    const bool ok = waitFor(
+        [&] {
+            output += openvpn.readAll();
+            return output.contains("Initialization Sequence Completed") || openvpn.state() == QProcess::NotRunning;
+        },
+        30000);
+    const double ms = clock.nsecsElapsed() / 1e6;
+    const bool completed = ok && output.contains("Initialization Sequence Completed");
+    openvpn.terminate();
+    if (!openvpn.waitForFinished(10000))
+        openvpn.kill();
+    openvpn.waitForFinished();
+    return completed ? ms : -1;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    const QString missing = E2eLab::missingPrerequisite();
+    if (!missing.isEmpty()) {
+        std::fprintf(stderr, "bench_connection_e2e: cannot run: %s\n", qPrintable(missing));
+        return 77;
+    }
+    qSetMessagePattern(QStringLiteral("%{if-warning}%{message}%{endif}%{if-critical}%{message}%{endif}"));
+    E2eLab lab;
+    if (!lab.start()) {
+        std::fprintf(stderr, "bench_connection_e2e: %s\n", qPrintable(lab.error()));
+        return 1;
+    }
+
+    MakeOVPNFile file;
+    ConfigServer config;
+    config.protocol = QStringLiteral("udp");
+    config.ports = QStringList(QStringLiteral("1194"));
+    config.ip = QLatin1String(E2eLab::ServerAddress);
+    config.cert = lab.clientCert();
+    config.key = lab.clientKey();
+    config.config = lab.clientTemplate();
+    file.generate(config);
+
+    const QString credentials = lab.dir() + QStringLiteral("/credentials");
+    QFile creds(credentials);
+    creds.open(QIODevice::WriteOnly);
+    creds.write(QByteArray(E2eLab::User) + '\n' + E2eLab::Password + '\n');
+    creds.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    creds.close();
+
+    QVector<double> engine;
+    QVector<double> raw;
+    for (int i = 0; i < Rounds; ++i) {
+        // Interleaved, so that drift on a busy machine hits both alike.
+        const double e = engineRound(lab, file.configFileName);
+        const double r = rawRound(lab, file.configFileName, credentials);
+        std::printf("round %d: engine %.1f ms, raw openvpn %.1f ms\n", i + 1, e, r);
+        if (e < 0 || r < 0) {
+            std::fprintf(stderr, "bench_connection_e2e: a connection did not come up\n");
+            return 1;
+        }
+        engine << e;
+        raw << r;
+    }
+    const double e = median(engine);
+    const double r = median(raw);
+    std::printf("median over %d connections (OpenVPN over UDP, namespaces):\n", Rounds);
+    std::printf("  Connection::connect -> connected        %8.1f ms\n", e);
+    std::printf("  raw openvpn -> Initialization Sequence  %8.1f ms\n", r);
+    std::printf("  engine adds %.1f ms (goal: under 150 ms), ratio engine/raw %.2f\n", e - r, e / r);
+    return 0;
+}
