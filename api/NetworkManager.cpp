@@ -237,30 +237,23 @@ void NetworkManager::startPing()
     m_pingManager->pingServers(m_servers);
 }
 
-void NetworkManager::slotAuthFinished()
+bool NetworkManager::applySignInAnswer(const QByteArray& body, bool* lite)
 {
-    qDebug() << "NetworkManager::slotAuthFinished";
-    authGet->disconnect(this);
-    if (!authGet->success) {
-        emit auth(NetworkFailure, authGet->errorString);
-        return;
-    }
-    bool lite = true;
     bool firstServer = true;
-    const QDomElement root = documentElement(authGet->data);
+    const QDomElement root = documentElement(body);
     for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling()) {
         const QDomElement e = node.toElement();
         const QString tag = e.tagName();
         if (tag == QLatin1String("ver")) {
             if (decodeText(e.text()) != trueText) {
                 emit auth(BadVersion, QString());
-                return;
+                return false;
             }
-            lite = e.attribute(QStringLiteral("type")) == QLatin1String("lite");
+            *lite = e.attribute(QStringLiteral("type")) == QLatin1String("lite");
         } else if (tag == QLatin1String("auth")) {
             if (decodeText(e.text()) != trueText) {
                 emit auth(WrongLogin, QString());
-                return;
+                return false;
             }
         } else if (tag == QLatin1String("upgrade")) {
             QDomNode first = e.firstChild();
@@ -270,11 +263,36 @@ void NetworkManager::slotAuthFinished()
         } else if (tag == QLatin1String("error")) {
             const QString text = decodeText(e.text());
             emit auth(text == QLatin1String("nosub") ? NoSubscription : NetworkFailure, text);
-            return;
+            return false;
         } else {
             applyAccountElement(e, &firstServer);
         }
     }
+    return true;
+}
+
+void NetworkManager::applyServerListAnswer(const QByteArray& body)
+{
+    // Version, credentials and subscription were settled at sign-in; a refresh only takes the account data.
+    bool firstServer = true;
+    const QDomElement root = documentElement(body);
+    for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling())
+        applyAccountElement(node.toElement(), &firstServer);
+}
+
+void NetworkManager::slotAuthFinished()
+{
+    qDebug() << "NetworkManager::slotAuthFinished";
+    authGet->disconnect(this);
+    if (!authGet->success) {
+        emit auth(NetworkFailure, authGet->errorString);
+        return;
+    }
+    // The document is gone before the pings start: a long list means many ping processes, and freeing a large
+    // tree while they fork is slow.
+    bool lite = true;
+    if (!applySignInAnswer(authGet->data, &lite))
+        return;
     startPing();
     saveCachedData();
     emit auth(lite ? LiteAccount : Success, QString());
@@ -287,11 +305,7 @@ void NetworkManager::slotServerListFinished()
     if (!authGet->success) {
         qDebug() << "Server List Finished Error:" << authGet->errorString;
     } else {
-        // Version, credentials and subscription were settled at sign-in; a refresh only takes the account data.
-        bool firstServer = true;
-        const QDomElement root = documentElement(authGet->data);
-        for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling())
-            applyAccountElement(node.toElement(), &firstServer);
+        applyServerListAnswer(authGet->data);
         startPing();
     }
     saveCachedData();

@@ -93,6 +93,9 @@ private:
     QUrl serviceUrl(const QList<QPair<QString, QString>>& items) const;
     // Applies the account elements that sign-in and the list refresh share; false for any other element.
     bool applyAccountElement(const QDomElement& element, bool* firstServer);
+    // Walks a sign-in answer; false when an element stopped it, after emitting auth() for it.
+    bool applySignInAnswer(const QByteArray& body, bool* lite);
+    void applyServerListAnswer(const QByteArray& body);
     void startPing();
 
     static NetworkManager* _self;
