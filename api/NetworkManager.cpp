@@ -288,13 +288,13 @@ void NetworkManager::slotAuthFinished()
         emit auth(NetworkFailure, authGet->errorString);
         return;
     }
-    // The document is gone before the pings start: a long list means many ping processes, and freeing a large
-    // tree while they fork is slow.
+    // The document is gone and the cache saved before the pings start: a long list means many ping processes,
+    // and freeing a large tree or building the cache text while they fork is many times slower.
     bool lite = true;
     if (!applySignInAnswer(authGet->data, &lite))
         return;
-    startPing();
     saveCachedData();
+    startPing();
     emit auth(lite ? LiteAccount : Success, QString());
 }
 
@@ -304,11 +304,12 @@ void NetworkManager::slotServerListFinished()
     authGet->disconnect(this);
     if (!authGet->success) {
         qDebug() << "Server List Finished Error:" << authGet->errorString;
+        saveCachedData();
     } else {
         applyServerListAnswer(authGet->data);
+        saveCachedData();
         startPing();
     }
-    saveCachedData();
     emit serverUpdated(Success, QString());
 }
 
