@@ -2,6 +2,152 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="pt">
 <context>
+    <name>AccountWindow</name>
+    <message>
+        <location filename="../../ui/AccountWindow.cpp" line="+103"/>
+        <source>Account</source>
+        <translation>Conta</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Log out</source>
+        <translation>Sair</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Login VPN:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Change</source>
+        <translation>Alterar</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Renew on site</source>
+        <translation>Renovar no site</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Buy VPN subscription on the site</source>
+        <translation>Comprar assinatura VPN no site</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+26"/>
+        <source>VPN subscription expires: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ConnectWindow</name>
+    <message>
+        <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
+        <source>Connected</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Show connection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Connecting...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Select VPN Location</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Not connected</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+17"/>
+        <source>%1 B/s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>%1 KB/s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>%1 MB/s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+74"/>
+        <source>Error of loading of the config.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+5"/>
+        <source>Error of loading of the certificate.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+5"/>
+        <source>Error of loading of the key.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+89"/>
+        <source>Timezone changes does not support on your system.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+236"/>
+        <source>Firewall does not support on your system.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+61"/>
+        <source>Timezone is not changed because of no data.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+36"/>
+        <source>VPN subscription expires: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+20"/>
+        <source>Name of update file is empty.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location filename="../../ui/ConnectWindowForm.cpp" line="+128"/>
+        <source>Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Renew subscription</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Renew it on the site to stay protected.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>CustomMessageBox</name>
     <message>
         <location filename="../../ui/CustomMessageBox.cpp" line="+78"/>
@@ -22,6 +168,47 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Cancelar</translation>
+    </message>
+</context>
+<context>
+    <name>FavoriteServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/FavoriteServerItemDelegate.cpp" line="+41"/>
+        <source>Favorite</source>
+        <translation>Favoritos</translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>Recommended</source>
+        <translation>Recomendados</translation>
+    </message>
+</context>
+<context>
+    <name>LoginWindow</name>
+    <message>
+        <location filename="../../ui/LoginWindow.cpp" line="+69"/>
+        <source>Sign in to your Velmora account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Username </source>
+        <translation>Nome de usuário </translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Password</source>
+        <translation>Senha</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Login</source>
+        <translation>Entrar</translation>
+    </message>
+    <message>
+        <location line="+35"/>
+        <source>You must enter username and password to sign in.</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -52,11 +239,148 @@
     </message>
 </context>
 <context>
+    <name>SelectionAccountWindow</name>
+    <message>
+        <location filename="../../ui/SelectionAccountWindow.cpp" line="+48"/>
+        <source>Select VPN login to connect</source>
+        <translation>Selecione o login VPN para conectar</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Continue</source>
+        <translation>Continuar</translation>
+    </message>
+</context>
+<context>
+    <name>ServerListWindow</name>
+    <message>
+        <location filename="../../ui/ServerListWindow.cpp" line="+161"/>
+        <source>Locations</source>
+        <translation>Locais</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Favorites</source>
+        <translation>Favoritos</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Standard VPN</source>
+        <translation>VPN padrão</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Double VPN</source>
+        <translation>VPN duplo</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Search</source>
+        <translation>Pesquisar</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>No locations found</source>
+        <translation>Nenhum local encontrado</translation>
+    </message>
+</context>
+<context>
+    <name>SettingsWindow</name>
+    <message>
+        <location filename="../../ui/SettingsWindow.cpp" line="+188"/>
+        <source>Settings</source>
+        <translation>Configurações</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Language:</source>
+        <translation>Idioma:</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Choose VPN protocol:</source>
+        <translation>Escolha o protocolo VPN:</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Launch on startup</source>
+        <translation>Iniciar com o sistema</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Connect to VPN when app is started</source>
+        <translation>Conectar à VPN ao iniciar o aplicativo</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Change timezone using IP address</source>
+        <translation>Alterar o fuso horário pelo endereço IP</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>After connection to VPN server</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Kill switch</source>
+        <translation>Kill switch</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>IPv4, IPv6, DNS4, DNS6 leaks protection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Allow access to local devices</source>
+        <translation>Permitir acesso a dispositivos locais</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Printers, routers, etc</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Version:</source>
+        <translation>Versão:</translation>
+    </message>
+</context>
+<context>
     <name>ShowLog</name>
     <message>
         <location filename="../../ui/ShowLog.cpp" line="+71"/>
         <source>Connection Details</source>
         <translation>Detalhes da conexão</translation>
+    </message>
+</context>
+<context>
+    <name>SubscriptionPurchaseWindow</name>
+    <message>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+76"/>
+        <source>Account</source>
+        <translation>Conta</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Log out</source>
+        <translation>Sair</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Your account has no active VPN subscription.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Buy VPN subscription on the site</source>
+        <translation>Comprar assinatura VPN no site</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -108,6 +432,24 @@
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Conectar a %1</translation>
+    </message>
+</context>
+<context>
+    <name>VpnProtocol</name>
+    <message>
+        <location filename="../../ui/SettingsWindow.cpp" line="-146"/>
+        <source>OpenVPN TCP (safer)</source>
+        <translation>OpenVPN TCP (mais seguro)</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>OpenVPN UDP (faster)</source>
+        <translation>OpenVPN UDP (mais rápido)</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Imitation HTTPS</source>
+        <translation>Imitação de HTTPS</translation>
     </message>
 </context>
 </TS>

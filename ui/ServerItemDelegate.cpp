@@ -1,0 +1,161 @@
+#include "ServerItemDelegate.h"
+
+#include <QAbstractProxyModel>
+#include <QIcon>
+#include <QMouseEvent>
+#include <QPainter>
+
+#include "AbstractServerModel.h"
+#include "FlagPicture.h"
+
+namespace {
+
+const QColor TextColor(0x33, 0x3a, 0x40);
+const QColor MutedColor(0x9a, 0xa3, 0xab);
+const QColor HoverColor(0xf1, 0xf7, 0xfb);
+const QColor SeparatorColor(0xee, 0xf0, 0xf2);
+const int FlagGap = 12;
+const int SideMargin = 14;
+
+} // namespace
+
+ServerItemDelegate::ServerItemDelegate(QObject* parent)
+    : QStyledItemDelegate(parent)
+{ }
+
+ServerInfo ServerItemDelegate::recordOf(const QModelIndex& index)
+{
+    QModelIndex source = index;
+    while (const auto* proxy = qobject_cast<const QAbstractProxyModel*>(source.model()))
+        source = proxy->mapToSource(source);
+    if (const auto* model = qobject_cast<const AbstractServerModel*>(source.model()))
+        return model->locationByIndex(source);
+    return ServerInfo();
+}
+
+QString ServerItemDelegate::latencyText(int ping)
+{
+    return ping > 0 ? QStringLiteral("%1 ms").arg(ping) : QStringLiteral("\u2014");
+}
+
+QRect ServerItemDelegate::starRect(const QRect& cell)
+{
+    QRect star(0, 0, StarSize, StarSize);
+    star.moveCenter(cell.center());
+    return star;
+}
+
+QFont ServerItemDelegate::font(int pixelSize, bool bold)
+{
+    QFont f(QStringLiteral("Arial"));
+    f.setPixelSize(pixelSize);
+    f.setBold(bold);
+    return f;
+}
+
+QSize ServerItemDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    return QSize(QStyledItemDelegate::sizeHint(option, index).width(), RowHeight);
+}
+
+bool ServerItemDelegate::isServer(const ServerInfo& record) const
+{
+    return !record.name.isEmpty();
+}
+
+int ServerItemDelegate::contentIndent(const QModelIndex&) const
+{
+    return SideMargin;
+}
+
+bool ServerItemDelegate::paintOtherRow(QPainter*,
+                                       const QStyleOptionViewItem&,
+                                       const QModelIndex&,
+                                       const ServerInfo&) const
+{
+    return false;
+}
+
+void ServerItemDelegate::paintBackground(QPainter* painter, const QStyleOptionViewItem& option, const QColor& base)
+{
+    const bool hovered = option.state & QStyle::State_MouseOver;
+    painter->fillRect(option.rect, hovered ? HoverColor : base);
+}
+
+void ServerItemDelegate::paintSeparator(QPainter* painter, const QRect& rect)
+{
+    painter->setPen(SeparatorColor);
+    painter->drawLine(rect.bottomLeft(), rect.bottomRight());
+}
+
+void ServerItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    const ServerInfo record = recordOf(index);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setRenderHint(QPainter::SmoothPixmapTransform);
+    if (!paintOtherRow(painter, option, index, record)) {
+        paintBackground(painter, option, Qt::white);
+        if (index.column() == 0)
+            paintServerCell(painter, option, index, record);
+        else if (isServer(record))
+            paintStar(painter, option, record.favorite);
+        paintSeparator(painter, option.rect);
+    }
+    painter->restore();
+}
+
+void ServerItemDelegate::paintServerCell(QPainter* painter,
+                                         const QStyleOptionViewItem& option,
+                                         const QModelIndex& index,
+                                         const ServerInfo& record) const
+{
+    const QRect cell = option.rect;
+    const QPixmap flag = FlagPicture::pixmap(record.flag);
+    const int left = cell.left() + contentIndent(index);
+    const QRect flagRect(left, cell.center().y() - FlagPicture::Height / 2, FlagPicture::Width, FlagPicture::Height);
+    painter->drawPixmap(flagRect, flag);
+
+    const QString latency = latencyText(record.ping);
+    painter->setFont(font(12));
+    const int latencyWidth = painter->fontMetrics().horizontalAdvance(latency);
+    const QRect latencyRect(cell.right() - latencyWidth - 4, cell.top(), latencyWidth, cell.height());
+    painter->setPen(MutedColor);
+    painter->drawText(latencyRect, Qt::AlignVCenter | Qt::AlignRight, latency);
+
+    painter->setFont(font(14));
+    painter->setPen(TextColor);
+    const QRect nameRect(
+        flagRect.right() + FlagGap, cell.top(), latencyRect.left() - flagRect.right() - FlagGap - 10, cell.height());
+    const QString name = painter->fontMetrics().elidedText(record.name, Qt::ElideRight, nameRect.width());
+    painter->drawText(nameRect, Qt::AlignVCenter | Qt::AlignLeft, name);
+}
+
+void ServerItemDelegate::paintStar(QPainter* painter, const QStyleOptionViewItem& option, bool favorite) const
+{
+    const QRect star = starRect(option.rect);
+    const bool hovered = option.state & QStyle::State_MouseOver;
+    static const QIcon full(QStringLiteral(":/resources/star-full.svg"));
+    static const QIcon empty(QStringLiteral(":/resources/star-empty-black.svg"));
+    if (!favorite)
+        painter->setOpacity(hovered ? 0.75 : 0.3);
+    (favorite ? full : empty).paint(painter, star);
+    painter->setOpacity(1.0);
+}
+
+bool ServerItemDelegate::editorEvent(QEvent* event,
+                                     QAbstractItemModel* model,
+                                     const QStyleOptionViewItem& option,
+                                     const QModelIndex& index)
+{
+    if (index.column() != 1 || event->type() != QEvent::MouseButtonRelease)
+        return QStyledItemDelegate::editorEvent(event, model, option, index);
+    const auto* mouse = static_cast<QMouseEvent*>(event);
+    // The whole star cell counts, so that the star is easy to hit.
+    if (mouse->button() != Qt::LeftButton || !option.rect.contains(mouse->pos()))
+        return false;
+    const ServerInfo record = recordOf(index);
+    if (!isServer(record))
+        return false;
+    return model->setData(index, !index.data(Qt::DisplayRole).toBool(), Qt::EditRole);
+}
