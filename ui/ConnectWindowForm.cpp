@@ -84,6 +84,10 @@ void ConnectWindowForm::setupUi(QWidget* page)
 
     lbRates = label(page, "lbRates");
     lbRates->setAlignment(Qt::AlignCenter);
+    // Keeps its room while hidden, so the location line does not jump when the tunnel comes up.
+    QSizePolicy ratesPolicy = lbRates->sizePolicy();
+    ratesPolicy.setRetainSizeWhenHidden(true);
+    lbRates->setSizePolicy(ratesPolicy);
     column->addWidget(lbRates);
     column->addSpacing(14);
 
