@@ -1,5 +1,6 @@
 #include <QtTest>
 
+#include "Clock.h"
 #include "ConnectTestHost.h"
 #include "ConnectWindow.h"
 #include "CustomMessageBox.h"
@@ -127,6 +128,17 @@ private:
         return result;
     }
 
+    // Signs the demo account in once, so that the service client holds its VPN logins.
+    void signIn()
+    {
+        if (!NetworkManager::instance()->cacheUsers().isEmpty())
+            return;
+        QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
+        NetworkManager::instance()->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
+        QVERIFY(auth.wait(30000));
+        QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
+    }
+
     QString locationButtonText() const { return m_page->findChild<QPushButton*>("btnSelectLocation")->text(); }
 
     void selectFirstLocation()
@@ -161,6 +173,7 @@ private slots:
 
     void cleanup()
     {
+        Clock::setInstance(nullptr);
         m_page.reset();
         m_host.reset();
         m_daemon.reset();
@@ -424,6 +437,51 @@ private slots:
         QCOMPARE(CustomMessageBox::answeredMessages().size(), 1);
     }
 
+    void subscriptionNotice_data()
+    {
+        QTest::addColumn<int>("daysLeft");
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("three days left") << 3 << true;
+        QTest::newRow("seven days left") << 7 << true;
+        QTest::newRow("eight days left") << 8 << false;
+        QTest::newRow("expired three days ago") << -3 << true;
+        QTest::newRow("expired eight days ago") << -8 << false;
+    }
+    void subscriptionNotice()
+    {
+        QFETCH(int, daysLeft);
+        QFETCH(bool, shown);
+        signIn();
+        setSetting(Keys::VpnLogin, QStringLiteral("vpn-demo2"));
+        const QDateTime expiry = NetworkManager::instance()->subscription(QStringLiteral("vpn-demo2")).expiresTime();
+        QVERIFY(expiry.isValid());
+        Clock::setInstance(new MockClock(expiry.addDays(-daysLeft)));
+        makePage();
+        m_page->show();
+        auto* info = m_page->findChild<QLabel*>("lbSubscribtionInfo");
+        QCOMPARE(info->isVisible(), shown);
+        QCOMPARE(m_page->findChild<QPushButton*>("btRenew")->isVisible(), shown);
+        if (shown)
+            QCOMPARE(info->text(),
+                     QStringLiteral("VPN subscription expires: %1").arg(expiry.toString(QStringLiteral("dd.MM.yyyy"))));
+        m_page->hide();
+    }
+
+    void renewWaitsForTheLink()
+    {
+        signIn();
+        setSetting(Keys::VpnLogin, QStringLiteral("vpn-demo2"));
+        makePage();
+        auto* renew = m_page->findChild<QPushButton*>("btRenew");
+        m_page->onRenewButtonClicked();
+        QVERIFY(!renew->isEnabled());
+        // The page is hidden: the answer opens no browser, it only gives the button back.
+        QTRY_VERIFY(renew->isEnabled());
+        const QUrl request = m_service.requests().constLast();
+        QCOMPARE(QUrlQuery(request).queryItemValue(QStringLiteral("act")), QStringLiteral("buy"));
+        QCOMPARE(QUrlQuery(request).queryItemValue(QStringLiteral("loginvpn")), QStringLiteral("vpn-demo2"));
+    }
+
     void unchangedSelectionAfterServerListRefresh()
     {
         makePage();
@@ -440,8 +498,11 @@ int main(int argc, char** argv)
 {
     // A private world: settings, data and temporary files under one directory, the service on loopback.
     QTemporaryDir root;
-    for (const char* sub : {"config", "data", "tmp"})
+    for (const char* sub : {"config", "data", "tmp", "bin"})
         QDir(root.path()).mkpath(QLatin1String(sub));
+    // Signing in pings every server: a stand-in ping keeps that off the network.
+    QFile::link(QStringLiteral("/bin/true"), root.path() + QStringLiteral("/bin/ping"));
+    qputenv("PATH", QFile::encodeName(root.path() + QStringLiteral("/bin:")) + qgetenv("PATH"));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(root.path() + QStringLiteral("/config")));
     qputenv("XDG_DATA_HOME", QFile::encodeName(root.path() + QStringLiteral("/data")));
     qputenv("TMPDIR", QFile::encodeName(root.path() + QStringLiteral("/tmp")));
