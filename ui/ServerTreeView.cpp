@@ -7,7 +7,8 @@ ServerTreeView::ServerTreeView(QWidget* parent)
 {
     setObjectName(QStringLiteral("ServerTreeView"));
     setHeaderHidden(true);
-    header()->setStretchLastSection(false);
+    // The star column takes what the name column leaves, so rows span the whole page.
+    header()->setStretchLastSection(true);
     // The row delegates draw the expand mark and the indentation of group members themselves.
     setRootIsDecorated(false);
     setIndentation(0);

@@ -148,7 +148,7 @@ void SettingsWindow::buildForm()
     m_lbAppVersion->setProperty("note", true);
 
     auto* body = new QVBoxLayout;
-    body->setContentsMargins(24, 8, 24, 12);
+    body->setContentsMargins(20, 8, 16, 12);
     body->setSpacing(4);
     body->addWidget(m_lbLanguage);
     body->addWidget(m_cbLanguage);
@@ -223,6 +223,9 @@ void SettingsWindow::showWithMode(Mode mode)
     case Full:
         m_cbKillSwitch->show();
         m_lbKillSwitchNote->show();
+        // The toggle only fires on a change; after the lite mode the pair must follow the box again.
+        m_cbAllowLocalDevices->setVisible(m_cbKillSwitch->isChecked());
+        m_lbAllowLocalDevicesNote->setVisible(m_cbKillSwitch->isChecked());
         break;
     }
     show();

@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>الاتصال بـ VPN عند تشغيل التطبيق</translation>
+        <translation>الاتصال بـ VPN عند التشغيل</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>تغيير المنطقة الزمنية حسب عنوان IP</translation>
+        <translation>المنطقة الزمنية حسب IP</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>السماح بالوصول إلى الأجهزة المحلية</translation>
+        <translation>الوصول إلى الأجهزة المحلية</translation>
     </message>
     <message>
         <location line="+1"/>

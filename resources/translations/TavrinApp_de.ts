@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Beim Programmstart mit VPN verbinden</translation>
+        <translation>Beim Start mit VPN verbinden</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Zeitzone anhand der IP-Adresse ändern</translation>
+        <translation>Zeitzone per IP-Adresse ändern</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Zugriff auf lokale Geräte erlauben</translation>
+        <translation>Zugriff auf lokale Geräte</translation>
     </message>
     <message>
         <location line="+1"/>

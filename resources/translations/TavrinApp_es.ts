@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Conectar a la VPN al iniciar la aplicación</translation>
+        <translation>Conectar la VPN al iniciar</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Cambiar la zona horaria según la dirección IP</translation>
+        <translation>Zona horaria según la IP</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Permitir acceso a dispositivos locales</translation>
+        <translation>Acceso a dispositivos locales</translation>
     </message>
     <message>
         <location line="+1"/>

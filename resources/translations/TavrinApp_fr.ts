@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Se connecter au VPN au lancement de l'application</translation>
+        <translation>Connecter le VPN au lancement</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Changer le fuseau horaire selon l'adresse IP</translation>
+        <translation>Fuseau horaire selon l'IP</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Autoriser l'accès aux appareils locaux</translation>
+        <translation>Accès aux appareils locaux</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Connetti alla VPN all'avvio dell'app</translation>
+        <translation>Connetti la VPN all'avvio</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Cambia fuso orario in base all'indirizzo IP</translation>
+        <translation>Fuso orario in base all'IP</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Consenti l'accesso ai dispositivi locali</translation>
+        <translation>Accesso ai dispositivi locali</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Łącz z VPN po uruchomieniu aplikacji</translation>
+        <translation>Łącz z VPN po uruchomieniu</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Zmieniaj strefę czasową według adresu IP</translation>
+        <translation>Strefa czasowa według IP</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Zezwalaj na dostęp do urządzeń lokalnych</translation>
+        <translation>Dostęp do urządzeń lokalnych</translation>
     </message>
     <message>
         <location line="+1"/>

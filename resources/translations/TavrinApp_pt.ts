@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Conectar à VPN ao iniciar o aplicativo</translation>
+        <translation>Conectar a VPN ao iniciar</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Alterar o fuso horário pelo endereço IP</translation>
+        <translation>Fuso horário pelo IP</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Permitir acesso a dispositivos locais</translation>
+        <translation>Acesso a dispositivos locais</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -304,17 +304,17 @@
     <message>
         <location line="+1"/>
         <source>Launch on startup</source>
-        <translation>Запускать при старте системы</translation>
+        <translation>Запускать вместе с системой</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Подключаться к VPN при запуске приложения</translation>
+        <translation>Подключать VPN при запуске</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Менять часовой пояс по IP-адресу</translation>
+        <translation>Часовой пояс по IP-адресу</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Разрешить доступ к локальным устройствам</translation>
+        <translation>Доступ к локальным устройствам</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Uygulama başlarken VPN'e bağlan</translation>
+        <translation>Açılışta VPN'e bağlan</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Saat dilimini IP adresine göre değiştir</translation>
+        <translation>Saat dilimi IP'ye göre</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Yerel cihazlara erişime izin ver</translation>
+        <translation>Yerel cihazlara erişim</translation>
     </message>
     <message>
         <location line="+1"/>

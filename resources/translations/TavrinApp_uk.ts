@@ -309,12 +309,12 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Підключатися до VPN під час запуску програми</translation>
+        <translation>Підключати VPN під час запуску</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Змінювати часовий пояс за IP-адресою</translation>
+        <translation>Часовий пояс за IP-адресою</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Дозволити доступ до локальних пристроїв</translation>
+        <translation>Доступ до локальних пристроїв</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -309,7 +309,7 @@
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Kết nối VPN khi khởi động ứng dụng</translation>
+        <translation>Kết nối VPN khi khởi động</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -334,7 +334,7 @@
     <message>
         <location line="+1"/>
         <source>Allow access to local devices</source>
-        <translation>Cho phép truy cập thiết bị cục bộ</translation>
+        <translation>Truy cập thiết bị cục bộ</translation>
     </message>
     <message>
         <location line="+1"/>
