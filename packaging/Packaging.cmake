@@ -1,0 +1,38 @@
+# The Debian package "tavrin": the program, the helper daemon with its unit and resolver script,
+# the desktop entry and icons. Built with `cpack -G DEB` in a build directory (scripts/package).
+include(GNUInstallDirs)
+
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/tavrin.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${CMAKE_SOURCE_DIR}/resources/icons/logo.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps
+        RENAME tavrin.svg)
+
+# Compressed as Debian policy asks; -n keeps the archive reproducible.
+set(changelog_gz ${CMAKE_BINARY_DIR}/packaging/changelog.gz)
+add_custom_command(OUTPUT ${changelog_gz}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
+    COMMAND sh -c "gzip -9n -c '${CMAKE_CURRENT_LIST_DIR}/debian/changelog' > '${changelog_gz}'"
+    DEPENDS ${CMAKE_CURRENT_LIST_DIR}/debian/changelog
+    VERBATIM)
+add_custom_target(tavrin_package_docs ALL DEPENDS ${changelog_gz})
+install(FILES ${changelog_gz} ${CMAKE_CURRENT_LIST_DIR}/debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tavrin)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tavrin)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "Tavrin developers <tavrin@velmora.com>")
+set(CPACK_PACKAGE_VENDOR Velmora)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "desktop client of the Velmora VPN service")
+set(CPACK_PACKAGE_DESCRIPTION
+    "Tavrin signs in to the Velmora VPN service, lists its locations and\nconnects through OpenVPN over UDP or TCP, or inside TLS through a local\nstunnel. A privileged helper daemon starts OpenVPN and manages the\nkill-switch firewall, the time zone and updates.")
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://velmora.com")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "openvpn, stunnel4, nftables, famfamfam-flag-png, iproute2")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_LIST_DIR}/debian/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/prerm ${CMAKE_CURRENT_LIST_DIR}/debian/postrm)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+include(CPack)
