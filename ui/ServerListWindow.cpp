@@ -30,7 +30,7 @@
 namespace {
 
 // Models may be replaced from inside their own signal handlers (a star click), so they go
-// away only when control is back in the event loop.
+// away only when control is back in the event loop, or with the page, their parent.
 template <typename T>
 QSharedPointer<T> later(T* object)
 {
@@ -263,31 +263,31 @@ void ServerListWindow::setupView(ViewType type)
     QSharedPointer<QStyledItemDelegate> delegate;
     switch (type) {
     case PingView: {
-        auto* ping = new ServerPingModel;
+        auto* ping = new ServerPingModel(this);
         connect(ping, &ServerPingModel::favoriteChanged, this, &ServerListWindow::onFavoriteChanged);
         ping->setServers(m_servers);
         model = later<AbstractServerModel>(ping);
-        proxy = later<AbstractFilterModel>(new PingSortFilterProxyModel);
-        delegate = later<QStyledItemDelegate>(new ServerItemDelegate);
+        proxy = later<AbstractFilterModel>(new PingSortFilterProxyModel(this));
+        delegate = later<QStyledItemDelegate>(new ServerItemDelegate(this));
         break;
     }
     case TreeView: {
-        auto* tree = new ServerTreeModel;
+        auto* tree = new ServerTreeModel(this);
         connect(tree, &ServerTreeModel::favoriteChanged, this, &ServerListWindow::onFavoriteChanged);
         tree->setServers(m_servers);
         model = later<AbstractServerModel>(tree);
-        proxy = later<AbstractFilterModel>(new TreePingSortFilterProxyModel);
-        delegate = later<QStyledItemDelegate>(new ServerTreeItemDelegate);
+        proxy = later<AbstractFilterModel>(new TreePingSortFilterProxyModel(this));
+        delegate = later<QStyledItemDelegate>(new ServerTreeItemDelegate(this));
         break;
     }
     case FavoritesView: {
-        auto* favorites = new FavoritesServerModel;
+        auto* favorites = new FavoritesServerModel(this);
         // This model tells of a star only through dataChanged.
         connect(favorites, &QAbstractItemModel::dataChanged, this, &ServerListWindow::onFavoriteRowChanged);
         favorites->setServers(m_servers);
         model = later<AbstractServerModel>(favorites);
-        proxy = later<AbstractFilterModel>(new FavoritesSortFilterProxyModel);
-        delegate = later<QStyledItemDelegate>(new FavoriteServerItemDelegate);
+        proxy = later<AbstractFilterModel>(new FavoritesSortFilterProxyModel(this));
+        delegate = later<QStyledItemDelegate>(new FavoriteServerItemDelegate(this));
         break;
     }
     }

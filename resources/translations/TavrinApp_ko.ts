@@ -41,7 +41,7 @@
     <message>
         <location line="+26"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN 구독 만료일: %1</translation>
     </message>
 </context>
 <context>
@@ -188,7 +188,7 @@
     <message>
         <location filename="../../ui/LoginWindow.cpp" line="+69"/>
         <source>Sign in to your Velmora account</source>
-        <translation type="unfinished"></translation>
+        <translation>Velmora 계정에 로그인하세요</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -41,7 +41,7 @@
     <message>
         <location line="+26"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN 订阅到期：%1</translation>
     </message>
 </context>
 <context>
@@ -188,7 +188,7 @@
     <message>
         <location filename="../../ui/LoginWindow.cpp" line="+69"/>
         <source>Sign in to your Velmora account</source>
-        <translation type="unfinished"></translation>
+        <translation>登录您的 Velmora 账户</translation>
     </message>
     <message>
         <location line="+1"/>
