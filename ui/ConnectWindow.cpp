@@ -263,6 +263,8 @@ void ConnectWindow::doConnect()
     case Connected:
     case Connecting:
         qDebug() << "Disconnecting";
+        // Also ends an attempt that is still in its pause before the configuration is written.
+        m_cancelRequested = true;
         setState(Idle);
         m_connection.disconnect(true);
         break;
@@ -309,9 +311,10 @@ void ConnectWindow::startConnection()
     setUiState(Connecting);
     doFirewall(false);
     sleepFor(ResponsivePauseMs);
-    // A press during the pause has already ended the attempt.
-    if (m_state != Connecting) {
+    // A press during the pause has ended the attempt: nothing was started, so the page is idle now.
+    if (m_cancelRequested) {
         setUiState(Idle);
+        doFirewall(true);
         return;
     }
 

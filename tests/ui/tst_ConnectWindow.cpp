@@ -312,28 +312,48 @@ private slots:
         QVERIFY(requestsOf(HelperWire::RunOpenVpnWithConfig).isEmpty());
     }
 
+    void thirdErrorShowsMessageOnce_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("helper refuses to start OpenVPN") << QString() << "Can not connet to helper";
+        // OpenVPN reports the failure, then ends: its end arrives while the next attempt waits.
+        QTest::newRow("wrong password, then OpenVPN exits") << "real-wrong-password.txt"
+                                                            << "Invalid username or password";
+    }
     void thirdErrorShowsMessageOnce()
     {
-        // The daemon refuses to start OpenVPN: every attempt fails with the same error.
-        m_daemon->setResult(0);
+        QFETCH(QString, script);
+        QFETCH(QString, message);
+        QVector<ServerInfo> servers = catalogue();
+        if (script.isEmpty()) {
+            m_daemon->setResult(0);
+        } else {
+            m_daemon->setManagementScript(
+                ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/") + script));
+            for (ServerInfo& s : servers)
+                s.password = QStringLiteral("wrong");
+        }
         setSetting(Keys::OvpnProtocol, QStringLiteral("tcp"));
         makePage();
-        selectFirstLocation();
+        m_page->setServers(servers);
+        m_page->onServerChanged(ServerIdentif(QStringLiteral("alice"), QStringLiteral("Frankfurt")));
         CustomMessageBox::setNextAnswer(QMessageBox::Ok);
         m_page->onClickConnect();
-        QTRY_COMPARE_WITH_TIMEOUT(CustomMessageBox::answeredMessages().size(), 1, 15000);
+        QTRY_COMPARE_WITH_TIMEOUT(CustomMessageBox::answeredMessages().size(), 1, 20000);
         QTRY_COMPARE(m_page->state(), int(ConnectWindow::Idle));
-        QCOMPARE(CustomMessageBox::answeredMessages().at(0).text, QStringLiteral("Can not connet to helper"));
+        QCOMPARE(CustomMessageBox::answeredMessages().at(0).text, message);
         QCOMPARE(CustomMessageBox::answeredMessages().at(0).title, QStringLiteral("Tavrin"));
         QCOMPARE(requestsOf(HelperWire::RunOpenVpnWithConfig).size(), 3);
         QCOMPARE(m_host->shows, 1);
-        QCOMPARE(m_host->trayText(), QStringLiteral("Connect Frankfurt"));
+        QTRY_COMPARE(m_host->trayText(), QStringLiteral("Connect Frankfurt"));
 
         // The counter starts again: the next press gets three attempts of its own.
         CustomMessageBox::setNextAnswer(QMessageBox::Ok);
         m_page->onClickConnect();
-        QTRY_COMPARE_WITH_TIMEOUT(CustomMessageBox::answeredMessages().size(), 2, 15000);
+        QTRY_COMPARE_WITH_TIMEOUT(CustomMessageBox::answeredMessages().size(), 2, 20000);
         QCOMPARE(requestsOf(HelperWire::RunOpenVpnWithConfig).size(), 6);
+        QTRY_COMPARE(m_page->state(), int(ConnectWindow::Idle));
     }
 
     void missingAccountData_data()
