@@ -115,7 +115,7 @@ int main(int argc, char* argv[])
         servers[i].ping = i % 3 == 2 ? 0 : 18 + 23 * i;
     LocalSettings::instance()->setValue(
         Keys::FavoriteServersUdp,
-        QStringList {QStringLiteral("vpn-demo1::Zurich"), QStringLiteral("vpn-demo2::London")});
+        QStringList {QStringLiteral("vpn-demo1::Zurich"), QStringLiteral("vpn-demo1::Tokyo")});
     ServerListWindow list;
     list.setServers(servers, OpenVpnUdp, true);
     ok &= save(list, dir, QStringLiteral("page-servers-favorites.png"));
@@ -140,6 +140,8 @@ int main(int argc, char* argv[])
     // One page in another language, switched from the settings page.
     settings.languageBox()->setCurrentIndex(settings.languageBox()->findData(QStringLiteral("de")));
     QTest::qWait(50);
+    list.searchEdit()->clear();
+    list.onFilterChange(ServerListWindow::FavoritesFilter);
     ok &= save(list, dir, QStringLiteral("page-servers-de.png"));
     settings.showWithMode(SettingsWindow::Full);
     ok &= save(settings, dir, QStringLiteral("page-settings-de.png"));
