@@ -422,6 +422,9 @@ void ConnectWindow::onDisconnected()
 
 void ConnectWindow::onConnectionError(QString message)
 {
+    // An error after "connected" (for one, a connected state with an error) ends without a
+    // disconnect report; the next attempt must not take the tunnel for up.
+    m_tunnelUp = false;
     setState(Ending);
     setUiState(Ending);
     m_host->setTrayStatusConnecting();

@@ -356,6 +356,17 @@ private slots:
         QTRY_COMPARE(m_page->state(), int(ConnectWindow::Idle));
     }
 
+    void errorAfterConnectedStartsAgain()
+    {
+        // OpenVPN can report a connected state with an error after the tunnel was up; no end report follows.
+        makePage();
+        selectFirstLocation();
+        m_page->onConnected();
+        m_page->onConnectionError(QStringLiteral("Code error: 8"));
+        QTRY_COMPARE(requestsOf(HelperWire::RunOpenVpnWithConfig).size(), 1);
+        QVERIFY(CustomMessageBox::answeredMessages().isEmpty());
+    }
+
     void missingAccountData_data()
     {
         QTest::addColumn<QString>("missing");
