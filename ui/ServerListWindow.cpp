@@ -274,7 +274,14 @@ void ServerListWindow::setupView(ViewType type)
     case TreeView: {
         auto* tree = new ServerTreeModel(this);
         connect(tree, &ServerTreeModel::favoriteChanged, this, &ServerListWindow::onFavoriteChanged);
-        tree->setServers(m_servers);
+        // Only the double view uses the tree; standard servers would each make a group there that the
+        // filter then has to walk and hide.
+        QVector<ServerInfo> doubles;
+        for (const ServerInfo& server : qAsConst(m_servers)) {
+            if (server.type == ServerInfo::Double)
+                doubles.append(server);
+        }
+        tree->setServers(doubles);
         model = later<AbstractServerModel>(tree);
         proxy = later<AbstractFilterModel>(new TreePingSortFilterProxyModel(this));
         delegate = later<QStyledItemDelegate>(new ServerTreeItemDelegate(this));
@@ -447,6 +454,20 @@ QStringList ServerListWindow::favoritesOfModel() const
         const QString text = settingsText(server);
         if (!texts.contains(text))
             texts.append(text);
+    }
+    if (qobject_cast<ServerTreeModel*>(m_model.data())) {
+        // The tree holds the double-hop servers only; the other favourites stay as stored.
+        QSet<QString> inTree;
+        for (const ServerInfo& server : qAsConst(m_servers)) {
+            if (server.type == ServerInfo::Double)
+                inTree.insert(settingsText(server));
+        }
+        QStringList kept;
+        for (const QString& stored : storedFavorites()) {
+            if (!inTree.contains(stored))
+                kept.append(stored);
+        }
+        texts = kept + texts;
     }
     if (qobject_cast<FavoritesServerModel*>(m_model.data())) {
         // A favourite that is also recommended shows twice; the star clicked last decides for both.

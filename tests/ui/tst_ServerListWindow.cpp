@@ -258,6 +258,18 @@ private slots:
         QTRY_COMPARE(LocalSettings::instance()->value(key).toStringList(), QStringList());
     }
 
+    void starInTreeKeepsOtherFavorites()
+    {
+        LocalSettings::instance()->setValue(Keys::FavoriteServersUdp, QStringList {QStringLiteral("vpn1::Paris")});
+        m_page->setServers(catalogue(), 4, false);
+        m_page->onFilterChange(ServerListWindow::DoubleFilter);
+        m_page->view()->expandAll();
+        const QModelIndex index = findRow(m_page->proxy(), QStringLiteral("FR-Lyon"));
+        clickIndex(m_page->view(), index.sibling(index.row(), 1));
+        QCOMPARE(LocalSettings::instance()->value(Keys::FavoriteServersUdp).toStringList(),
+                 QStringList({"vpn1::Paris", "vpn1::FR-Lyon"}));
+    }
+
     void unstarringInFavoritesRemovesTheSection()
     {
         // Amsterdam is a favourite and one of the recommended, so it shows twice.
