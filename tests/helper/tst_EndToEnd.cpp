@@ -143,7 +143,7 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QTRY_VERIFY(readFile(m_lab.resolvConf()).contains("nameserver " + tunnelServer.toLatin1()));
 
     // Traffic through the tunnel raises both totals.
-    QTRY_VERIFY_WITH_TIMEOUT(!statistics.isEmpty(), 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(!statistics.isEmpty(), 15000);
     const double receivedBefore = statistics.last().at(2).toDouble();
     const double sentBefore = statistics.last().at(3).toDouble();
     QVERIFY(pingOnce(tunnelServer.toLatin1().constData()));
