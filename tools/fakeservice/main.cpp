@@ -22,7 +22,11 @@ int main(int argc, char** argv)
                                            QStringLiteral("file"));
     const QCommandLineOption dumpOption(QStringLiteral("print-demo-fixture"),
                                         QStringLiteral("Print the built-in demo fixture as JSON and exit."));
+    const QCommandLineOption plainOption(
+        QStringLiteral("plain-http"),
+        QStringLiteral("Serve plain HTTP instead of HTTPS, to stand in for the connectivity probe's site."));
     parser.addOption(portOption);
+    parser.addOption(plainOption);
     parser.addOption(fixtureOption);
     parser.addOption(dumpOption);
     parser.process(app);
@@ -53,6 +57,7 @@ int main(int argc, char** argv)
     }
     FakeService service;
     service.setFixture(fixture);
+    service.setPlainHttp(parser.isSet(plainOption));
     QString error;
     if (!service.start(quint16(port), &error)) {
         err << "cannot start: " << error << '\n';
