@@ -39,6 +39,7 @@ bool UnixApplication::launch(bool hidden)
     // The store resets itself at every start unless the user is remembered; only the instance may do that.
     LocalSettings::instance();
     mainWindow = new MainWindow();
+    mainWindow->checkAutologin();
     if (hidden)
         mainWindow->onHide();
     else

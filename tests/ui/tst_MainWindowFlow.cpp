@@ -1,0 +1,459 @@
+#include <QtTest>
+
+#include "AccountWindow.h"
+#include "ConnectWindow.h"
+#include "CustomMessageBox.h"
+#include "FakeHelperDaemon.h"
+#include "FakeService.h"
+#include "Keys.h"
+#include "LocalSettings.h"
+#include "LoginWindow.h"
+#include "MainWindow.h"
+#include "NetworkManager.h"
+#include "PageTestEnvironment.h"
+#include "ProgressDlg.h"
+#include "SelectionAccountWindow.h"
+#include "SoftwareUpdater.h"
+#include "SubscriptionPurchaseWindow.h"
+#include "SystemTray.h"
+
+#include <QMenu>
+#include <QRadioButton>
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+QVariant setting(const QString& key)
+{
+    return LocalSettings::instance()->value(key);
+}
+
+quint32 commandOf(const QByteArray& request)
+{
+    quint32 command = 0;
+    std::memcpy(&command, request.constData(), 4);
+    return command;
+}
+
+QStringList messageTexts()
+{
+    QStringList texts;
+    for (const CustomMessageBox::Message& message : CustomMessageBox::answeredMessages())
+        texts << message.text;
+    return texts;
+}
+
+} // namespace
+
+// The page flow of the main window against the fake service and the fake helper daemon.
+class TestMainWindowFlow : public QObject
+{
+    Q_OBJECT
+
+private:
+    FakeService m_service;
+    std::unique_ptr<FakeHelperDaemon> m_daemon;
+    std::unique_ptr<MainWindow> m_window;
+
+    void makeWindow() { m_window.reset(new MainWindow); }
+
+    // Signs in by hand from the sign-in page and waits for the answer to be handled.
+    NetworkManager::ApiError signInAs(const QString& password = QStringLiteral("demo"))
+    {
+        QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
+        m_window->onSignIn(QStringLiteral("demo"), password);
+        if (!auth.wait(20000))
+            return NetworkManager::ApiError(-1);
+        return NetworkManager::ApiError(auth.at(0).at(0).toInt());
+    }
+
+    void useOneLogin()
+    {
+        FakeFixture& fixture = m_service.fixture();
+        fixture.logins.resize(1);
+        for (FakeServer& server : fixture.servers)
+            server.user = fixture.logins.first().user;
+    }
+
+    int accountRequests() const
+    {
+        int count = 0;
+        for (const QUrl& url : m_service.requests())
+            count += url.path() == QLatin1String("/connect");
+        return count;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QString error;
+        QVERIFY2(m_service.start(0, &error), qPrintable(error));
+        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+        MainWindow::serverListRetryMs = 300;
+    }
+
+    void init()
+    {
+        LocalSettings::resetInstance();
+        QFile::remove(LocalSettings::instance()->fileName());
+        LocalSettings::resetInstance();
+        LocalSettings::instance()->createDefaultSettings();
+        NetworkManager::instance()->clearCache();
+        NetworkManager::resetInstance();
+        CustomMessageBox::clearAnswers();
+        m_service.reset();
+        m_service.setFixture(FakeFixture::demo());
+        // No update offer unless a test asks for one: its question would wait for a user.
+        m_service.fixture().upgradeVersion.clear();
+        m_daemon.reset(new FakeHelperDaemon);
+        QVERIFY(m_daemon->start());
+        m_daemon->exportPort();
+        needExit = false;
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_daemon.reset();
+        QCOMPARE(CustomMessageBox::pendingAnswers(), 0);
+        // A quit makes every later event loop return at once; only the application's own loop clears that.
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        QCoreApplication::exec();
+    }
+
+    void firstStartShowsSignIn()
+    {
+        makeWindow();
+        m_window->checkAutologin();
+        QVERIFY(m_window->isVisible());
+        QVERIFY(m_window->loginPage()->isVisible());
+        QVERIFY(!m_window->connectPage()->isVisible());
+        QCOMPARE(m_window->size(), QSize(MainWindow::FixedWidth, MainWindow::FixedHeight));
+        QCOMPARE(m_window->tray()->contextMenu()->actions().at(2)->isEnabled(), false);
+    }
+
+    void signInByHand_data()
+    {
+        QTest::addColumn<bool>("oneLogin");
+        QTest::addColumn<QString>("vpnLogin");
+        QTest::newRow("one VPN login goes straight to the connect page") << true << "vpn-demo1";
+        QTest::newRow("several VPN logins ask which one first") << false << "vpn-demo2";
+    }
+    void signInByHand()
+    {
+        QFETCH(bool, oneLogin);
+        QFETCH(QString, vpnLogin);
+        if (oneLogin)
+            useOneLogin();
+        makeWindow();
+        m_window->checkAutologin();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+        if (!oneLogin) {
+            QVERIFY(m_window->selectionPage()->isVisible());
+            QVERIFY(!m_window->connectPage()->isVisible());
+            const QList<QRadioButton*> buttons = m_window->selectionPage()->buttons();
+            QCOMPARE(buttons.size(), 2);
+            buttons.at(1)->setChecked(true);
+            m_window->selectionPage()->onContinueClicked();
+        }
+        QVERIFY(m_window->connectPage()->isVisible());
+        QVERIFY(!m_window->loginPage()->isVisible());
+        QVERIFY(!m_window->selectionPage()->isVisible());
+        QCOMPARE(setting(Keys::VpnLogin).toString(), vpnLogin);
+        QCOMPARE(setting(Keys::RememberUser).toBool(), true);
+        QVERIFY(!m_window->connectPage()->getServers().isEmpty());
+        QVERIFY(CustomMessageBox::answeredMessages().isEmpty());
+    }
+
+    void failedSignInStaysOnSignInPage_data()
+    {
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("wrong password") << "wrong" << int(FakeService::Fault::None) << "Wrong Login/Password.";
+        // The probe address is on a closed loopback port, so the network itself looks absent.
+        QTest::newRow("service unreachable, no network")
+            << "demo" << int(FakeService::Fault::Close) << "Application has no access to network.";
+    }
+    void failedSignInStaysOnSignInPage()
+    {
+        QFETCH(QString, password);
+        QFETCH(int, fault);
+        QFETCH(QString, message);
+        m_service.setFault(FakeService::Fault(fault));
+        makeWindow();
+        m_window->checkAutologin();
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        signInAs(password);
+        QCOMPARE(messageTexts(), QStringList {message});
+        QVERIFY(m_window->loginPage()->isVisible());
+        QVERIFY(m_window->loginPage()->isEnabled());
+        QVERIFY(!m_window->connectPage()->isVisible());
+    }
+
+    void noSubscriptionThenPurchase()
+    {
+        m_service.fixture().error = QStringLiteral("nosub");
+        makeWindow();
+        m_window->checkAutologin();
+        QCOMPARE(signInAs(), NetworkManager::NoSubscription);
+        QVERIFY(m_window->purchasePage()->isVisible());
+        QVERIFY(!m_window->loginPage()->isVisible());
+
+        // The subscription is bought in the browser; coming back to the window signs in again.
+        m_service.fixture().error.clear();
+        QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
+        QApplication::setActiveWindow(nullptr);
+        QApplication::setActiveWindow(m_window.get());
+        QVERIFY(auth.wait(20000));
+        QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
+        QVERIFY(!m_window->purchasePage()->isVisible());
+        // Several logins, but the sign-in page was no longer up: the page stays as it was.
+        QVERIFY(!m_window->selectionPage()->isVisible());
+    }
+
+    void outdatedVersionQuits()
+    {
+        m_service.fixture().versionAccepted = false;
+        makeWindow();
+        m_window->checkAutologin();
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        QEventLoop loop;
+        QTimer::singleShot(20000, &loop, [&loop] { loop.exit(7); });
+        m_window->onSignIn(QStringLiteral("demo"), QStringLiteral("demo"));
+        // Quitting the application ends every running event loop with code 0.
+        QCOMPARE(loop.exec(), 0);
+        const QString host = QUrl(m_service.baseUrl()).host();
+        QCOMPARE(messageTexts(),
+                 QStringList {QStringLiteral("Your version is outdated. Please, download new Tavrin app on ") + host});
+    }
+
+    void siteHostNameIsTheWebSiteHost()
+    {
+        const QByteArray saved = qgetenv("TAVRIN_SITE_URL");
+        qunsetenv("TAVRIN_SITE_URL");
+        QCOMPARE(MainWindow::siteHostName(), QStringLiteral("velmora.com"));
+        qputenv("TAVRIN_SITE_URL", saved);
+    }
+
+    void cachedStart_data()
+    {
+        QTest::addColumn<bool>("serviceDown");
+        QTest::newRow("service down: stays on the cached list, no message") << true;
+        QTest::newRow("service slow: cached list first, then the background sign-in shows the window") << false;
+    }
+    void cachedStart()
+    {
+        QFETCH(bool, serviceDown);
+        useOneLogin();
+        makeWindow();
+        m_window->checkAutologin();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+        m_window.reset();
+        NetworkManager::resetInstance();
+
+        m_service.fixture().servers.resize(2);
+        if (serviceDown)
+            m_service.setFault(FakeService::Fault::Close);
+        else
+            m_service.setDelay(500);
+        makeWindow();
+        QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
+        m_window->checkAutologin();
+        QVERIFY(m_window->isAutoLoginPending());
+        QVERIFY(!m_window->isVisible());
+        QVERIFY(!m_window->loginPage()->isVisible());
+        QVERIFY(m_window->connectPage()->isVisibleTo(m_window.get()));
+        QCOMPARE(m_window->connectPage()->getServers().size(), 10);
+
+        QVERIFY(auth.wait(20000));
+        if (serviceDown) {
+            QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::NetworkFailure));
+            QVERIFY(!m_window->isAutoLoginPending());
+            QVERIFY(m_window->connectPage()->isVisibleTo(m_window.get()));
+            QCOMPARE(m_window->connectPage()->getServers().size(), 10);
+            QVERIFY(!m_window->isVisible());
+        } else {
+            QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
+            QCOMPARE(m_window->connectPage()->getServers().size(), 2);
+            // The answer to the server list request that follows brings the window up.
+            m_window->onServerListUpdateRequest();
+            QTRY_VERIFY_WITH_TIMEOUT(m_window->isVisible(), 20000);
+            QVERIFY(m_window->connectPage()->isVisible());
+        }
+        QVERIFY(CustomMessageBox::answeredMessages().isEmpty());
+    }
+
+    void logOut_data()
+    {
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("loggedOut");
+        QTest::newRow("yes forgets the user") << int(QMessageBox::Yes) << true;
+        QTest::newRow("no keeps everything") << int(QMessageBox::No) << false;
+    }
+    void logOut()
+    {
+        QFETCH(int, answer);
+        QFETCH(bool, loggedOut);
+        useOneLogin();
+        makeWindow();
+        m_window->checkAutologin();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+        m_window->onAccount();
+        QVERIFY(m_window->accountPage()->isVisible());
+
+        CustomMessageBox::setNextAnswer(QMessageBox::StandardButton(answer));
+        m_window->onReturnToSignUp();
+        QCOMPARE(messageTexts(), QStringList {QStringLiteral("Do you want to logout?")});
+        QCOMPARE(m_window->loginPage()->isVisible(), loggedOut);
+        QCOMPARE(m_window->accountPage()->isVisible(), !loggedOut);
+        QCOMPARE(setting(Keys::RememberUser).toBool(), !loggedOut);
+        QCOMPARE(setting(Keys::Login).toString().isEmpty(), loggedOut);
+        QCOMPARE(NetworkManager::instance()->cacheUsers().isEmpty(), loggedOut);
+    }
+
+    void serverListRetry_data()
+    {
+        QTest::addColumn<bool>("signedIn");
+        QTest::newRow("failure retried until the list arrives") << true;
+        QTest::newRow("ignored while the sign-in page is up") << false;
+    }
+    void serverListRetry()
+    {
+        QFETCH(bool, signedIn);
+        useOneLogin();
+        makeWindow();
+        m_window->checkAutologin();
+        if (signedIn)
+            QCOMPARE(signInAs(), NetworkManager::Success);
+        const int before = accountRequests();
+        QSignalSpy updated(NetworkManager::instance(), &NetworkManager::serverUpdated);
+        emit NetworkManager::instance()->serverUpdated(NetworkManager::NetworkFailure, QStringLiteral("timeout"));
+        QCOMPARE(m_window->hasServerListRetry(), signedIn);
+        if (!signedIn)
+            return;
+        // The retry asks the fake, whose answer ends the retries.
+        QTRY_COMPARE_WITH_TIMEOUT(updated.size(), 2, 20000);
+        QCOMPARE(updated.at(1).at(0).toInt(), int(NetworkManager::Success));
+        QCOMPARE(accountRequests(), before + 1);
+        QTest::qWait(3 * MainWindow::serverListRetryMs);
+        QCOMPARE(accountRequests(), before + 1);
+    }
+
+    void updateDownloadedAndHandedToDaemon()
+    {
+        m_service.fixture().upgradeVersion = QStringLiteral("3.7.0");
+        m_service.fixture().packageSize = 512 * 1024;
+        useOneLogin();
+        makeWindow();
+        m_window->checkAutologin();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+
+        CustomMessageBox::setNextAnswer(QMessageBox::Yes);
+        m_window->onCheckSoftwareUpdateScheduled();
+        SoftwareUpdater* updater = m_window->updater();
+        QVERIFY(updater);
+        // The dialog follows the download while it runs.
+        QList<int> shown;
+        connect(updater, &SoftwareUpdater::progressDownload, this, [this, &shown] {
+            ProgressDlg* dialog = m_window->progressDialog();
+            shown << (dialog && dialog->isVisible() ? dialog->value() : -1);
+        });
+        QSignalSpy done(updater, &SoftwareUpdater::downloadComplited);
+        QVERIFY(done.wait(20000));
+        QVERIFY(!shown.isEmpty());
+        QVERIFY(!shown.contains(-1));
+        QCOMPARE(messageTexts(), QStringList {QStringLiteral("Available new update. Download it?")});
+
+        const QString path = done.at(0).at(0).toString();
+        QVERIFY(QFileInfo(path).size() == 512 * 1024);
+        QList<quint32> commands;
+        for (const QByteArray& request : m_daemon->requests())
+            commands << commandOf(request);
+        QVERIFY(commands.contains(HelperWire::UpdateInstall));
+        QVERIFY(!m_window->progressDialog());
+        QVERIFY(needExit);
+        QVERIFY(!m_window->isVisible());
+    }
+
+    void trayReconnectTogglesTwice()
+    {
+        useOneLogin();
+        makeWindow();
+        m_window->checkAutologin();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+        // Without a chosen location the toggle opens the server list, once per press.
+        QSignalSpy serverList(m_window->connectPage(), &ConnectWindow::serverList);
+        LocalSettings::instance()->setValue(Keys::LastLocation, QString());
+        m_window->connectPage()->setServers({});
+        m_window->onTrayReconnect();
+        QCOMPARE(serverList.size(), 2);
+        QCOMPARE(m_window->tray()->currentStatus(), int(SystemTray::Connecting));
+    }
+
+    void exitWhileConnected_data()
+    {
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("exits");
+        QTest::newRow("no keeps the window and the tunnel") << int(QMessageBox::No) << false;
+        QTest::newRow("yes disconnects and quits") << int(QMessageBox::Yes) << true;
+    }
+    void exitWhileConnected()
+    {
+        QFETCH(int, answer);
+        QFETCH(bool, exits);
+        QString error;
+        const ManagementScript script
+            = ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/real-connect-and-stop.txt"), &error);
+        QVERIFY2(!script.steps.isEmpty(), qPrintable(error));
+        m_daemon->setManagementScript(script);
+        m_service.fixture().config = "client\ndev tun\n#udp proto udp\n#tcp proto tcp-client\nnobind\n";
+        useOneLogin();
+        makeWindow();
+        m_window->checkAutologin();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+        LocalSettings::instance()->setValue(Keys::OvpnProtocol, QStringLiteral("udp"));
+        m_window->onChangeServer(ServerIdentif(QStringLiteral("vpn-demo1"), QStringLiteral("Frankfurt")));
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->connectPage()->isConnected(), 15000);
+        QCOMPARE(m_window->tray()->currentStatus(), int(SystemTray::Connected));
+
+        CustomMessageBox::setNextAnswer(QMessageBox::StandardButton(answer));
+        m_window->close();
+        QCOMPARE(messageTexts(), QStringList {QStringLiteral("VPN connection is active. Disconnect and exit?")});
+        QCOMPARE(needExit, exits);
+        QCOMPARE(m_window->isVisible(), !exits);
+        QVERIFY(m_window->connectPage()->isConnected());
+        if (!exits)
+            return;
+        // The program ends with the window: the tunnel goes and the kill switch is lifted.
+        const int before = m_daemon->requests().size();
+        m_window.reset();
+        QTRY_VERIFY(m_daemon->requests().size() > before);
+        QCOMPARE(commandOf(m_daemon->requests().last()), quint32(HelperWire::FirewallOff));
+    }
+
+    void closeWhileDisconnectedExits()
+    {
+        makeWindow();
+        m_window->checkAutologin();
+        m_window->close();
+        QVERIFY(needExit);
+        QVERIFY(!m_window->isVisible());
+        QVERIFY(CustomMessageBox::answeredMessages().isEmpty());
+    }
+};
+
+int main(int argc, char** argv)
+{
+    PageTestEnvironment environment;
+    QApplication app(argc, argv);
+    app.setOrganizationName(QStringLiteral("QOLV"));
+    app.setApplicationName(QStringLiteral("Tavrin"));
+    app.setQuitOnLastWindowClosed(false);
+    TestMainWindowFlow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_MainWindowFlow.moc"
