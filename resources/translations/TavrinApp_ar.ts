@@ -16,7 +16,7 @@
     <message>
         <location line="+1"/>
         <source>Login VPN:</source>
-        <translation type="unfinished"></translation>
+        <translation>حساب VPN:</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -36,7 +36,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>نقبل على الموقع الدفع عبر أنظمة دفع مختلفة، منها Bitcoin وPayPal وYandex Money وغيرها.</translation>
     </message>
     <message>
         <location line="+26"/>
@@ -49,102 +49,102 @@
     <message>
         <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>متصل</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Show connection</source>
-        <translation type="unfinished"></translation>
+        <translation>عرض الاتصال</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connecting...</source>
-        <translation type="unfinished"></translation>
+        <translation>جارٍ الاتصال...</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Select VPN Location</source>
-        <translation type="unfinished"></translation>
+        <translation>اختر موقع VPN</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Not connected</source>
-        <translation type="unfinished"></translation>
+        <translation>غير متصل</translation>
     </message>
     <message>
         <location line="+17"/>
         <source>%1 B/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 بايت/ث</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>%1 KB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ك.بايت/ث</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>%1 MB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 م.بايت/ث</translation>
     </message>
     <message>
-        <location line="+74"/>
+        <location line="+76"/>
         <source>Error of loading of the config.</source>
-        <translation type="unfinished"></translation>
+        <translation>خطأ في تحميل الإعدادات.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the certificate.</source>
-        <translation type="unfinished"></translation>
+        <translation>خطأ في تحميل الشهادة.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the key.</source>
-        <translation type="unfinished"></translation>
+        <translation>خطأ في تحميل المفتاح.</translation>
     </message>
     <message>
-        <location line="+89"/>
+        <location line="+90"/>
         <source>Timezone changes does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>تغيير المنطقة الزمنية غير مدعوم على نظامك.</translation>
     </message>
     <message>
-        <location line="+236"/>
+        <location line="+239"/>
         <source>Firewall does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>جدار الحماية غير مدعوم على نظامك.</translation>
     </message>
     <message>
         <location line="+61"/>
         <source>Timezone is not changed because of no data.</source>
-        <translation type="unfinished"></translation>
+        <translation>لم تُغيَّر المنطقة الزمنية لعدم توفر البيانات.</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>ينتهي اشتراك VPN في: %1</translation>
     </message>
     <message>
         <location line="+20"/>
         <source>Name of update file is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>اسم ملف التحديث فارغ.</translation>
     </message>
     <message>
-        <location filename="../../ui/ConnectWindowForm.cpp" line="+128"/>
+        <location filename="../../ui/ConnectWindowForm.cpp" line="+132"/>
         <source>Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>الإعدادات</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Account</source>
-        <translation type="unfinished"></translation>
+        <translation>الحساب</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew subscription</source>
-        <translation type="unfinished"></translation>
+        <translation>تجديد الاشتراك</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew it on the site to stay protected.</source>
-        <translation type="unfinished"></translation>
+        <translation>جدّده على الموقع لتبقى محميًا.</translation>
     </message>
 </context>
 <context>
@@ -208,7 +208,84 @@
     <message>
         <location line="+35"/>
         <source>You must enter username and password to sign in.</source>
-        <translation type="unfinished"></translation>
+        <translation>يجب إدخال اسم المستخدم وكلمة المرور لتسجيل الدخول.</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <location filename="../../ui/MainWindow.cpp" line="+142"/>
+        <source>Failed to install helper for program. Please contact support.</source>
+        <translation>تعذّر تثبيت المساعد الخاص بالبرنامج. يرجى التواصل مع الدعم.</translation>
+    </message>
+    <message>
+        <location line="+128"/>
+        <source>Wrong Login/Password.</source>
+        <translation>اسم المستخدم أو كلمة المرور غير صحيحة.</translation>
+    </message>
+    <message>
+        <location line="+29"/>
+        <source>Application has no access to Velmora</source>
+        <translation>لا يستطيع التطبيق الوصول إلى Velmora</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Application has no access to network.</source>
+        <translation>لا يستطيع التطبيق الوصول إلى الشبكة.</translation>
+    </message>
+    <message>
+        <location line="+142"/>
+        <location line="+28"/>
+        <source>VPN connection is active. 
+Disconnect and logout?</source>
+        <translation>اتصال VPN نشط. 
+هل تريد قطع الاتصال وتسجيل الخروج؟</translation>
+    </message>
+    <message>
+        <location line="-27"/>
+        <source>Do you want to logout?</source>
+        <translation>هل تريد تسجيل الخروج؟</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+25"/>
+        <source>Logout</source>
+        <translation>تسجيل الخروج</translation>
+    </message>
+    <message>
+        <location line="+182"/>
+        <source>Tavrin Update</source>
+        <translation>تحديث Tavrin</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Available new update. Download it?</source>
+        <translation>يتوفر تحديث جديد. هل تريد تنزيله؟</translation>
+    </message>
+    <message>
+        <location line="+45"/>
+        <source>Error during downloading update.</source>
+        <translation>حدث خطأ أثناء تنزيل التحديث.</translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Error during installing update.</source>
+        <translation>حدث خطأ أثناء تثبيت التحديث.</translation>
+    </message>
+    <message>
+        <location line="+17"/>
+        <source>Your version is outdated. Please, download new Tavrin app on </source>
+        <translation>إصدارك قديم. يرجى تنزيل تطبيق Tavrin الجديد من </translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>Exit</source>
+        <translation>خروج</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>VPN connection is active. Disconnect and exit?</source>
+        <translation>اتصال VPN نشط. هل تريد قطع الاتصال والخروج؟</translation>
     </message>
 </context>
 <context>
@@ -319,7 +396,7 @@
     <message>
         <location line="+1"/>
         <source>After connection to VPN server</source>
-        <translation type="unfinished"></translation>
+        <translation>بعد الاتصال بخادم VPN</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -329,7 +406,7 @@
     <message>
         <location line="+1"/>
         <source>IPv4, IPv6, DNS4, DNS6 leaks protection</source>
-        <translation type="unfinished"></translation>
+        <translation>حماية من تسرّب IPv4 وIPv6 وDNS4 وDNS6</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -339,7 +416,7 @@
     <message>
         <location line="+1"/>
         <source>Printers, routers, etc</source>
-        <translation type="unfinished"></translation>
+        <translation>الطابعات والموجّهات وغيرها</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -370,7 +447,7 @@
     <message>
         <location line="+1"/>
         <source>Your account has no active VPN subscription.</source>
-        <translation type="unfinished"></translation>
+        <translation>لا يملك حسابك اشتراك VPN نشطًا.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -380,7 +457,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>نقبل على الموقع الدفع عبر أنظمة دفع مختلفة، منها Bitcoin وPayPal وYandex Money وغيرها.</translation>
     </message>
 </context>
 <context>

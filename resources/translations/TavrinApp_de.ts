@@ -16,7 +16,7 @@
     <message>
         <location line="+1"/>
         <source>Login VPN:</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN-Login:</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -36,7 +36,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf der Website akzeptieren wir Zahlungen über verschiedene Zahlungssysteme, darunter Bitcoin, PayPal, Yandex Money und andere.</translation>
     </message>
     <message>
         <location line="+26"/>
@@ -49,102 +49,102 @@
     <message>
         <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbunden</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Show connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindung anzeigen</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connecting...</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbinde...</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Select VPN Location</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN-Standort wählen</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Not connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht verbunden</translation>
     </message>
     <message>
         <location line="+17"/>
         <source>%1 B/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 B/s</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>%1 KB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 KB/s</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>%1 MB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 MB/s</translation>
     </message>
     <message>
-        <location line="+74"/>
+        <location line="+76"/>
         <source>Error of loading of the config.</source>
-        <translation type="unfinished"></translation>
+        <translation>Fehler beim Laden der Konfiguration.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the certificate.</source>
-        <translation type="unfinished"></translation>
+        <translation>Fehler beim Laden des Zertifikats.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the key.</source>
-        <translation type="unfinished"></translation>
+        <translation>Fehler beim Laden des Schlüssels.</translation>
     </message>
     <message>
-        <location line="+89"/>
+        <location line="+90"/>
         <source>Timezone changes does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Ändern der Zeitzone wird auf Ihrem System nicht unterstützt.</translation>
     </message>
     <message>
-        <location line="+236"/>
+        <location line="+239"/>
         <source>Firewall does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Firewall wird auf Ihrem System nicht unterstützt.</translation>
     </message>
     <message>
         <location line="+61"/>
         <source>Timezone is not changed because of no data.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Zeitzone wurde mangels Daten nicht geändert.</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN-Abo läuft ab am: %1</translation>
     </message>
     <message>
         <location line="+20"/>
         <source>Name of update file is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Name der Update-Datei ist leer.</translation>
     </message>
     <message>
-        <location filename="../../ui/ConnectWindowForm.cpp" line="+128"/>
+        <location filename="../../ui/ConnectWindowForm.cpp" line="+132"/>
         <source>Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Einstellungen</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Account</source>
-        <translation type="unfinished"></translation>
+        <translation>Konto</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew subscription</source>
-        <translation type="unfinished"></translation>
+        <translation>Abo verlängern</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew it on the site to stay protected.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verlängern Sie es auf der Website, um geschützt zu bleiben.</translation>
     </message>
 </context>
 <context>
@@ -208,7 +208,84 @@
     <message>
         <location line="+35"/>
         <source>You must enter username and password to sign in.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zum Anmelden müssen Sie Benutzername und Passwort eingeben.</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <location filename="../../ui/MainWindow.cpp" line="+142"/>
+        <source>Failed to install helper for program. Please contact support.</source>
+        <translation>Der Hilfsdienst des Programms konnte nicht installiert werden. Bitte wenden Sie sich an den Support.</translation>
+    </message>
+    <message>
+        <location line="+128"/>
+        <source>Wrong Login/Password.</source>
+        <translation>Falscher Login oder falsches Passwort.</translation>
+    </message>
+    <message>
+        <location line="+29"/>
+        <source>Application has no access to Velmora</source>
+        <translation>Die Anwendung hat keinen Zugang zu Velmora</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Application has no access to network.</source>
+        <translation>Die Anwendung hat keinen Netzwerkzugang.</translation>
+    </message>
+    <message>
+        <location line="+142"/>
+        <location line="+28"/>
+        <source>VPN connection is active. 
+Disconnect and logout?</source>
+        <translation>Die VPN-Verbindung ist aktiv. 
+Trennen und abmelden?</translation>
+    </message>
+    <message>
+        <location line="-27"/>
+        <source>Do you want to logout?</source>
+        <translation>Möchten Sie sich abmelden?</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+25"/>
+        <source>Logout</source>
+        <translation>Abmelden</translation>
+    </message>
+    <message>
+        <location line="+182"/>
+        <source>Tavrin Update</source>
+        <translation>Tavrin-Update</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Available new update. Download it?</source>
+        <translation>Ein neues Update ist verfügbar. Herunterladen?</translation>
+    </message>
+    <message>
+        <location line="+45"/>
+        <source>Error during downloading update.</source>
+        <translation>Fehler beim Herunterladen des Updates.</translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Error during installing update.</source>
+        <translation>Fehler beim Installieren des Updates.</translation>
+    </message>
+    <message>
+        <location line="+17"/>
+        <source>Your version is outdated. Please, download new Tavrin app on </source>
+        <translation>Ihre Version ist veraltet. Bitte laden Sie die neue Tavrin-App herunter auf </translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>Exit</source>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>VPN connection is active. Disconnect and exit?</source>
+        <translation>Die VPN-Verbindung ist aktiv. Trennen und beenden?</translation>
     </message>
 </context>
 <context>
@@ -319,7 +396,7 @@
     <message>
         <location line="+1"/>
         <source>After connection to VPN server</source>
-        <translation type="unfinished"></translation>
+        <translation>Nach der Verbindung mit dem VPN-Server</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -329,7 +406,7 @@
     <message>
         <location line="+1"/>
         <source>IPv4, IPv6, DNS4, DNS6 leaks protection</source>
-        <translation type="unfinished"></translation>
+        <translation>Schutz vor IPv4-, IPv6-, DNS4- und DNS6-Lecks</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -339,7 +416,7 @@
     <message>
         <location line="+1"/>
         <source>Printers, routers, etc</source>
-        <translation type="unfinished"></translation>
+        <translation>Drucker, Router usw.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -370,7 +447,7 @@
     <message>
         <location line="+1"/>
         <source>Your account has no active VPN subscription.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ihr Konto hat kein aktives VPN-Abo.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -380,7 +457,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf der Website akzeptieren wir Zahlungen über verschiedene Zahlungssysteme, darunter Bitcoin, PayPal, Yandex Money und andere.</translation>
     </message>
 </context>
 <context>

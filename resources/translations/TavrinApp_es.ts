@@ -16,7 +16,7 @@
     <message>
         <location line="+1"/>
         <source>Login VPN:</source>
-        <translation type="unfinished"></translation>
+        <translation>Usuario VPN:</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -36,7 +36,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>En el sitio aceptamos pagos mediante varios sistemas de pago, como Bitcoin, PayPal, Yandex Money y otros.</translation>
     </message>
     <message>
         <location line="+26"/>
@@ -49,102 +49,102 @@
     <message>
         <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Conectado</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Show connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Mostrar conexión</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connecting...</source>
-        <translation type="unfinished"></translation>
+        <translation>Conectando...</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Select VPN Location</source>
-        <translation type="unfinished"></translation>
+        <translation>Elegir ubicación VPN</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Not connected</source>
-        <translation type="unfinished"></translation>
+        <translation>No conectado</translation>
     </message>
     <message>
         <location line="+17"/>
         <source>%1 B/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 B/s</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>%1 KB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 KB/s</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>%1 MB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 MB/s</translation>
     </message>
     <message>
-        <location line="+74"/>
+        <location line="+76"/>
         <source>Error of loading of the config.</source>
-        <translation type="unfinished"></translation>
+        <translation>Error al cargar la configuración.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the certificate.</source>
-        <translation type="unfinished"></translation>
+        <translation>Error al cargar el certificado.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the key.</source>
-        <translation type="unfinished"></translation>
+        <translation>Error al cargar la clave.</translation>
     </message>
     <message>
-        <location line="+89"/>
+        <location line="+90"/>
         <source>Timezone changes does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>El cambio de zona horaria no es compatible con su sistema.</translation>
     </message>
     <message>
-        <location line="+236"/>
+        <location line="+239"/>
         <source>Firewall does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>El cortafuegos no es compatible con su sistema.</translation>
     </message>
     <message>
         <location line="+61"/>
         <source>Timezone is not changed because of no data.</source>
-        <translation type="unfinished"></translation>
+        <translation>La zona horaria no se cambió por falta de datos.</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>La suscripción VPN caduca: %1</translation>
     </message>
     <message>
         <location line="+20"/>
         <source>Name of update file is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>El nombre del archivo de actualización está vacío.</translation>
     </message>
     <message>
-        <location filename="../../ui/ConnectWindowForm.cpp" line="+128"/>
+        <location filename="../../ui/ConnectWindowForm.cpp" line="+132"/>
         <source>Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Ajustes</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Account</source>
-        <translation type="unfinished"></translation>
+        <translation>Cuenta</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew subscription</source>
-        <translation type="unfinished"></translation>
+        <translation>Renovar suscripción</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew it on the site to stay protected.</source>
-        <translation type="unfinished"></translation>
+        <translation>Renuévela en el sitio para seguir protegido.</translation>
     </message>
 </context>
 <context>
@@ -208,7 +208,84 @@
     <message>
         <location line="+35"/>
         <source>You must enter username and password to sign in.</source>
-        <translation type="unfinished"></translation>
+        <translation>Debe introducir el usuario y la contraseña para iniciar sesión.</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <location filename="../../ui/MainWindow.cpp" line="+142"/>
+        <source>Failed to install helper for program. Please contact support.</source>
+        <translation>No se pudo instalar el asistente del programa. Contacte con el soporte.</translation>
+    </message>
+    <message>
+        <location line="+128"/>
+        <source>Wrong Login/Password.</source>
+        <translation>Usuario o contraseña incorrectos.</translation>
+    </message>
+    <message>
+        <location line="+29"/>
+        <source>Application has no access to Velmora</source>
+        <translation>La aplicación no tiene acceso a Velmora</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Application has no access to network.</source>
+        <translation>La aplicación no tiene acceso a la red.</translation>
+    </message>
+    <message>
+        <location line="+142"/>
+        <location line="+28"/>
+        <source>VPN connection is active. 
+Disconnect and logout?</source>
+        <translation>La conexión VPN está activa. 
+¿Desconectar y cerrar sesión?</translation>
+    </message>
+    <message>
+        <location line="-27"/>
+        <source>Do you want to logout?</source>
+        <translation>¿Desea cerrar sesión?</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+25"/>
+        <source>Logout</source>
+        <translation>Cerrar sesión</translation>
+    </message>
+    <message>
+        <location line="+182"/>
+        <source>Tavrin Update</source>
+        <translation>Actualización de Tavrin</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Available new update. Download it?</source>
+        <translation>Hay una nueva actualización. ¿Descargarla?</translation>
+    </message>
+    <message>
+        <location line="+45"/>
+        <source>Error during downloading update.</source>
+        <translation>Error al descargar la actualización.</translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Error during installing update.</source>
+        <translation>Error al instalar la actualización.</translation>
+    </message>
+    <message>
+        <location line="+17"/>
+        <source>Your version is outdated. Please, download new Tavrin app on </source>
+        <translation>Su versión está obsoleta. Descargue la nueva aplicación Tavrin en </translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>Exit</source>
+        <translation>Salir</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>VPN connection is active. Disconnect and exit?</source>
+        <translation>La conexión VPN está activa. ¿Desconectar y salir?</translation>
     </message>
 </context>
 <context>
@@ -319,7 +396,7 @@
     <message>
         <location line="+1"/>
         <source>After connection to VPN server</source>
-        <translation type="unfinished"></translation>
+        <translation>Tras conectar al servidor VPN</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -329,7 +406,7 @@
     <message>
         <location line="+1"/>
         <source>IPv4, IPv6, DNS4, DNS6 leaks protection</source>
-        <translation type="unfinished"></translation>
+        <translation>Protección contra fugas IPv4, IPv6, DNS4, DNS6</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -339,7 +416,7 @@
     <message>
         <location line="+1"/>
         <source>Printers, routers, etc</source>
-        <translation type="unfinished"></translation>
+        <translation>Impresoras, routers, etc.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -370,7 +447,7 @@
     <message>
         <location line="+1"/>
         <source>Your account has no active VPN subscription.</source>
-        <translation type="unfinished"></translation>
+        <translation>Su cuenta no tiene una suscripción VPN activa.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -380,7 +457,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>En el sitio aceptamos pagos mediante varios sistemas de pago, como Bitcoin, PayPal, Yandex Money y otros.</translation>
     </message>
 </context>
 <context>

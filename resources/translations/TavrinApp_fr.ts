@@ -16,7 +16,7 @@
     <message>
         <location line="+1"/>
         <source>Login VPN:</source>
-        <translation type="unfinished"></translation>
+        <translation>Identifiant VPN :</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -36,12 +36,12 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sur le site, nous acceptons les paiements par différents moyens, dont Bitcoin, PayPal, Yandex Money et d&apos;autres.</translation>
     </message>
     <message>
         <location line="+26"/>
         <source>VPN subscription expires: %1</source>
-        <translation>L'abonnement VPN expire le : %1</translation>
+        <translation>L&apos;abonnement VPN expire le : %1</translation>
     </message>
 </context>
 <context>
@@ -49,102 +49,102 @@
     <message>
         <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Connecté</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Show connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Afficher la connexion</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connecting...</source>
-        <translation type="unfinished"></translation>
+        <translation>Connexion...</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Select VPN Location</source>
-        <translation type="unfinished"></translation>
+        <translation>Choisir un emplacement VPN</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Not connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Non connecté</translation>
     </message>
     <message>
         <location line="+17"/>
         <source>%1 B/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 o/s</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>%1 KB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Ko/s</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>%1 MB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 Mo/s</translation>
     </message>
     <message>
-        <location line="+74"/>
+        <location line="+76"/>
         <source>Error of loading of the config.</source>
-        <translation type="unfinished"></translation>
+        <translation>Erreur de chargement de la configuration.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the certificate.</source>
-        <translation type="unfinished"></translation>
+        <translation>Erreur de chargement du certificat.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the key.</source>
-        <translation type="unfinished"></translation>
+        <translation>Erreur de chargement de la clé.</translation>
     </message>
     <message>
-        <location line="+89"/>
+        <location line="+90"/>
         <source>Timezone changes does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>Le changement de fuseau horaire n&apos;est pas pris en charge sur votre système.</translation>
     </message>
     <message>
-        <location line="+236"/>
+        <location line="+239"/>
         <source>Firewall does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>Le pare-feu n&apos;est pas pris en charge sur votre système.</translation>
     </message>
     <message>
         <location line="+61"/>
         <source>Timezone is not changed because of no data.</source>
-        <translation type="unfinished"></translation>
+        <translation>Le fuseau horaire n&apos;a pas été changé faute de données.</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>L&apos;abonnement VPN expire : %1</translation>
     </message>
     <message>
         <location line="+20"/>
         <source>Name of update file is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>Le nom du fichier de mise à jour est vide.</translation>
     </message>
     <message>
-        <location filename="../../ui/ConnectWindowForm.cpp" line="+128"/>
+        <location filename="../../ui/ConnectWindowForm.cpp" line="+132"/>
         <source>Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Paramètres</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Account</source>
-        <translation type="unfinished"></translation>
+        <translation>Compte</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew subscription</source>
-        <translation type="unfinished"></translation>
+        <translation>Renouveler l&apos;abonnement</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew it on the site to stay protected.</source>
-        <translation type="unfinished"></translation>
+        <translation>Renouvelez-le sur le site pour rester protégé.</translation>
     </message>
 </context>
 <context>
@@ -193,7 +193,7 @@
     <message>
         <location line="+1"/>
         <source>Username </source>
-        <translation>Nom d'utilisateur </translation>
+        <translation>Nom d&apos;utilisateur </translation>
     </message>
     <message>
         <location line="+1"/>
@@ -208,7 +208,84 @@
     <message>
         <location line="+35"/>
         <source>You must enter username and password to sign in.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vous devez saisir l&apos;identifiant et le mot de passe pour vous connecter.</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <location filename="../../ui/MainWindow.cpp" line="+142"/>
+        <source>Failed to install helper for program. Please contact support.</source>
+        <translation>Impossible d&apos;installer l&apos;assistant du programme. Veuillez contacter le support.</translation>
+    </message>
+    <message>
+        <location line="+128"/>
+        <source>Wrong Login/Password.</source>
+        <translation>Identifiant ou mot de passe incorrect.</translation>
+    </message>
+    <message>
+        <location line="+29"/>
+        <source>Application has no access to Velmora</source>
+        <translation>L&apos;application n&apos;a pas accès à Velmora</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Application has no access to network.</source>
+        <translation>L&apos;application n&apos;a pas accès au réseau.</translation>
+    </message>
+    <message>
+        <location line="+142"/>
+        <location line="+28"/>
+        <source>VPN connection is active. 
+Disconnect and logout?</source>
+        <translation>La connexion VPN est active. 
+Se déconnecter du VPN et du compte ?</translation>
+    </message>
+    <message>
+        <location line="-27"/>
+        <source>Do you want to logout?</source>
+        <translation>Voulez-vous vous déconnecter ?</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+25"/>
+        <source>Logout</source>
+        <translation>Déconnexion</translation>
+    </message>
+    <message>
+        <location line="+182"/>
+        <source>Tavrin Update</source>
+        <translation>Mise à jour de Tavrin</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Available new update. Download it?</source>
+        <translation>Une nouvelle mise à jour est disponible. La télécharger ?</translation>
+    </message>
+    <message>
+        <location line="+45"/>
+        <source>Error during downloading update.</source>
+        <translation>Erreur lors du téléchargement de la mise à jour.</translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Error during installing update.</source>
+        <translation>Erreur lors de l&apos;installation de la mise à jour.</translation>
+    </message>
+    <message>
+        <location line="+17"/>
+        <source>Your version is outdated. Please, download new Tavrin app on </source>
+        <translation>Votre version est obsolète. Veuillez télécharger la nouvelle application Tavrin sur </translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>Exit</source>
+        <translation>Quitter</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>VPN connection is active. Disconnect and exit?</source>
+        <translation>La connexion VPN est active. Se déconnecter et quitter ?</translation>
     </message>
 </context>
 <context>
@@ -243,7 +320,7 @@
     <message>
         <location filename="../../ui/SelectionAccountWindow.cpp" line="+48"/>
         <source>Select VPN login to connect</source>
-        <translation>Choisissez l'identifiant VPN pour vous connecter</translation>
+        <translation>Choisissez l&apos;identifiant VPN pour vous connecter</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -314,12 +391,12 @@
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Fuseau horaire selon l'IP</translation>
+        <translation>Fuseau horaire selon l&apos;IP</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>After connection to VPN server</source>
-        <translation type="unfinished"></translation>
+        <translation>Après la connexion au serveur VPN</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -329,7 +406,7 @@
     <message>
         <location line="+1"/>
         <source>IPv4, IPv6, DNS4, DNS6 leaks protection</source>
-        <translation type="unfinished"></translation>
+        <translation>Protection contre les fuites IPv4, IPv6, DNS4, DNS6</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -339,7 +416,7 @@
     <message>
         <location line="+1"/>
         <source>Printers, routers, etc</source>
-        <translation type="unfinished"></translation>
+        <translation>Imprimantes, routeurs, etc.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -370,7 +447,7 @@
     <message>
         <location line="+1"/>
         <source>Your account has no active VPN subscription.</source>
-        <translation type="unfinished"></translation>
+        <translation>Votre compte n&apos;a pas d&apos;abonnement VPN actif.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -380,7 +457,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sur le site, nous acceptons les paiements par différents moyens, dont Bitcoin, PayPal, Yandex Money et d&apos;autres.</translation>
     </message>
 </context>
 <context>

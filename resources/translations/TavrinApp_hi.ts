@@ -16,7 +16,7 @@
     <message>
         <location line="+1"/>
         <source>Login VPN:</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN लॉगिन:</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -36,7 +36,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>साइट पर हम कई भुगतान प्रणालियों से भुगतान स्वीकार करते हैं, जिनमें Bitcoin, PayPal, Yandex Money और अन्य शामिल हैं।</translation>
     </message>
     <message>
         <location line="+26"/>
@@ -49,102 +49,102 @@
     <message>
         <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>कनेक्ट है</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Show connection</source>
-        <translation type="unfinished"></translation>
+        <translation>कनेक्शन दिखाएँ</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connecting...</source>
-        <translation type="unfinished"></translation>
+        <translation>कनेक्ट हो रहा है...</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Select VPN Location</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN स्थान चुनें</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Not connected</source>
-        <translation type="unfinished"></translation>
+        <translation>कनेक्ट नहीं है</translation>
     </message>
     <message>
         <location line="+17"/>
         <source>%1 B/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 B/s</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>%1 KB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 KB/s</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>%1 MB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 MB/s</translation>
     </message>
     <message>
-        <location line="+74"/>
+        <location line="+76"/>
         <source>Error of loading of the config.</source>
-        <translation type="unfinished"></translation>
+        <translation>कॉन्फ़िगरेशन लोड करने में त्रुटि।</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the certificate.</source>
-        <translation type="unfinished"></translation>
+        <translation>प्रमाणपत्र लोड करने में त्रुटि।</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the key.</source>
-        <translation type="unfinished"></translation>
+        <translation>कुंजी लोड करने में त्रुटि।</translation>
     </message>
     <message>
-        <location line="+89"/>
+        <location line="+90"/>
         <source>Timezone changes does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>आपके सिस्टम पर समय क्षेत्र बदलना समर्थित नहीं है।</translation>
     </message>
     <message>
-        <location line="+236"/>
+        <location line="+239"/>
         <source>Firewall does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>आपके सिस्टम पर फ़ायरवॉल समर्थित नहीं है।</translation>
     </message>
     <message>
         <location line="+61"/>
         <source>Timezone is not changed because of no data.</source>
-        <translation type="unfinished"></translation>
+        <translation>डेटा न होने के कारण समय क्षेत्र नहीं बदला गया।</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN सदस्यता समाप्त होगी: %1</translation>
     </message>
     <message>
         <location line="+20"/>
         <source>Name of update file is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>अपडेट फ़ाइल का नाम खाली है।</translation>
     </message>
     <message>
-        <location filename="../../ui/ConnectWindowForm.cpp" line="+128"/>
+        <location filename="../../ui/ConnectWindowForm.cpp" line="+132"/>
         <source>Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>सेटिंग्स</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Account</source>
-        <translation type="unfinished"></translation>
+        <translation>खाता</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew subscription</source>
-        <translation type="unfinished"></translation>
+        <translation>सदस्यता नवीनीकृत करें</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew it on the site to stay protected.</source>
-        <translation type="unfinished"></translation>
+        <translation>सुरक्षित रहने के लिए साइट पर इसे नवीनीकृत करें।</translation>
     </message>
 </context>
 <context>
@@ -208,7 +208,84 @@
     <message>
         <location line="+35"/>
         <source>You must enter username and password to sign in.</source>
-        <translation type="unfinished"></translation>
+        <translation>साइन इन करने के लिए उपयोगकर्ता नाम और पासवर्ड दर्ज करें।</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <location filename="../../ui/MainWindow.cpp" line="+142"/>
+        <source>Failed to install helper for program. Please contact support.</source>
+        <translation>प्रोग्राम का हेल्पर इंस्टॉल नहीं हो सका। कृपया सहायता से संपर्क करें।</translation>
+    </message>
+    <message>
+        <location line="+128"/>
+        <source>Wrong Login/Password.</source>
+        <translation>गलत लॉगिन/पासवर्ड।</translation>
+    </message>
+    <message>
+        <location line="+29"/>
+        <source>Application has no access to Velmora</source>
+        <translation>ऐप्लिकेशन Velmora तक नहीं पहुँच पा रहा है</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Application has no access to network.</source>
+        <translation>ऐप्लिकेशन नेटवर्क तक नहीं पहुँच पा रहा है।</translation>
+    </message>
+    <message>
+        <location line="+142"/>
+        <location line="+28"/>
+        <source>VPN connection is active. 
+Disconnect and logout?</source>
+        <translation>VPN कनेक्शन सक्रिय है। 
+डिस्कनेक्ट करके लॉग आउट करें?</translation>
+    </message>
+    <message>
+        <location line="-27"/>
+        <source>Do you want to logout?</source>
+        <translation>क्या आप लॉग आउट करना चाहते हैं?</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+25"/>
+        <source>Logout</source>
+        <translation>लॉग आउट</translation>
+    </message>
+    <message>
+        <location line="+182"/>
+        <source>Tavrin Update</source>
+        <translation>Tavrin अपडेट</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Available new update. Download it?</source>
+        <translation>नया अपडेट उपलब्ध है। डाउनलोड करें?</translation>
+    </message>
+    <message>
+        <location line="+45"/>
+        <source>Error during downloading update.</source>
+        <translation>अपडेट डाउनलोड करते समय त्रुटि।</translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Error during installing update.</source>
+        <translation>अपडेट इंस्टॉल करते समय त्रुटि।</translation>
+    </message>
+    <message>
+        <location line="+17"/>
+        <source>Your version is outdated. Please, download new Tavrin app on </source>
+        <translation>आपका संस्करण पुराना है। कृपया नया Tavrin ऐप यहाँ से डाउनलोड करें: </translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>Exit</source>
+        <translation>बाहर निकलें</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>VPN connection is active. Disconnect and exit?</source>
+        <translation>VPN कनेक्शन सक्रिय है। डिस्कनेक्ट करके बाहर निकलें?</translation>
     </message>
 </context>
 <context>
@@ -319,7 +396,7 @@
     <message>
         <location line="+1"/>
         <source>After connection to VPN server</source>
-        <translation type="unfinished"></translation>
+        <translation>VPN सर्वर से कनेक्ट होने के बाद</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -329,7 +406,7 @@
     <message>
         <location line="+1"/>
         <source>IPv4, IPv6, DNS4, DNS6 leaks protection</source>
-        <translation type="unfinished"></translation>
+        <translation>IPv4, IPv6, DNS4, DNS6 लीक से सुरक्षा</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -339,7 +416,7 @@
     <message>
         <location line="+1"/>
         <source>Printers, routers, etc</source>
-        <translation type="unfinished"></translation>
+        <translation>प्रिंटर, राउटर आदि</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -370,7 +447,7 @@
     <message>
         <location line="+1"/>
         <source>Your account has no active VPN subscription.</source>
-        <translation type="unfinished"></translation>
+        <translation>आपके खाते में कोई सक्रिय VPN सदस्यता नहीं है।</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -380,7 +457,7 @@
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>साइट पर हम कई भुगतान प्रणालियों से भुगतान स्वीकार करते हैं, जिनमें Bitcoin, PayPal, Yandex Money और अन्य शामिल हैं।</translation>
     </message>
 </context>
 <context>

@@ -16,7 +16,7 @@
     <message>
         <location line="+1"/>
         <source>Login VPN:</source>
-        <translation type="unfinished"></translation>
+        <translation>Login VPN:</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -31,17 +31,17 @@
     <message>
         <location line="+1"/>
         <source>Buy VPN subscription on the site</source>
-        <translation>Acquista l'abbonamento VPN sul sito</translation>
+        <translation>Acquista l&apos;abbonamento VPN sul sito</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sul sito accettiamo pagamenti tramite vari sistemi, tra cui Bitcoin, PayPal, Yandex Money e altri.</translation>
     </message>
     <message>
         <location line="+26"/>
         <source>VPN subscription expires: %1</source>
-        <translation>L'abbonamento VPN scade il: %1</translation>
+        <translation>L&apos;abbonamento VPN scade il: %1</translation>
     </message>
 </context>
 <context>
@@ -49,102 +49,102 @@
     <message>
         <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
         <source>Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Connesso</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Show connection</source>
-        <translation type="unfinished"></translation>
+        <translation>Mostra connessione</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connecting...</source>
-        <translation type="unfinished"></translation>
+        <translation>Connessione...</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Select VPN Location</source>
-        <translation type="unfinished"></translation>
+        <translation>Scegli la posizione VPN</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Not connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Non connesso</translation>
     </message>
     <message>
         <location line="+17"/>
         <source>%1 B/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 B/s</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>%1 KB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 KB/s</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>%1 MB/s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 MB/s</translation>
     </message>
     <message>
-        <location line="+74"/>
+        <location line="+76"/>
         <source>Error of loading of the config.</source>
-        <translation type="unfinished"></translation>
+        <translation>Errore durante il caricamento della configurazione.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the certificate.</source>
-        <translation type="unfinished"></translation>
+        <translation>Errore durante il caricamento del certificato.</translation>
     </message>
     <message>
         <location line="+5"/>
         <source>Error of loading of the key.</source>
-        <translation type="unfinished"></translation>
+        <translation>Errore durante il caricamento della chiave.</translation>
     </message>
     <message>
-        <location line="+89"/>
+        <location line="+90"/>
         <source>Timezone changes does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>Il cambio di fuso orario non è supportato dal sistema.</translation>
     </message>
     <message>
-        <location line="+236"/>
+        <location line="+239"/>
         <source>Firewall does not support on your system.</source>
-        <translation type="unfinished"></translation>
+        <translation>Il firewall non è supportato dal sistema.</translation>
     </message>
     <message>
         <location line="+61"/>
         <source>Timezone is not changed because of no data.</source>
-        <translation type="unfinished"></translation>
+        <translation>Il fuso orario non è stato cambiato per mancanza di dati.</translation>
     </message>
     <message>
         <location line="+36"/>
         <source>VPN subscription expires: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>L&apos;abbonamento VPN scade: %1</translation>
     </message>
     <message>
         <location line="+20"/>
         <source>Name of update file is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>Il nome del file di aggiornamento è vuoto.</translation>
     </message>
     <message>
-        <location filename="../../ui/ConnectWindowForm.cpp" line="+128"/>
+        <location filename="../../ui/ConnectWindowForm.cpp" line="+132"/>
         <source>Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Impostazioni</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Account</source>
-        <translation type="unfinished"></translation>
+        <translation>Account</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew subscription</source>
-        <translation type="unfinished"></translation>
+        <translation>Rinnova abbonamento</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Renew it on the site to stay protected.</source>
-        <translation type="unfinished"></translation>
+        <translation>Rinnovalo sul sito per restare protetto.</translation>
     </message>
 </context>
 <context>
@@ -208,7 +208,84 @@
     <message>
         <location line="+35"/>
         <source>You must enter username and password to sign in.</source>
-        <translation type="unfinished"></translation>
+        <translation>Per accedere devi inserire nome utente e password.</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <location filename="../../ui/MainWindow.cpp" line="+142"/>
+        <source>Failed to install helper for program. Please contact support.</source>
+        <translation>Impossibile installare il servizio di supporto del programma. Contatta l&apos;assistenza.</translation>
+    </message>
+    <message>
+        <location line="+128"/>
+        <source>Wrong Login/Password.</source>
+        <translation>Login o password errati.</translation>
+    </message>
+    <message>
+        <location line="+29"/>
+        <source>Application has no access to Velmora</source>
+        <translation>L&apos;applicazione non ha accesso a Velmora</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Application has no access to network.</source>
+        <translation>L&apos;applicazione non ha accesso alla rete.</translation>
+    </message>
+    <message>
+        <location line="+142"/>
+        <location line="+28"/>
+        <source>VPN connection is active. 
+Disconnect and logout?</source>
+        <translation>La connessione VPN è attiva. 
+Disconnettere ed uscire dall&apos;account?</translation>
+    </message>
+    <message>
+        <location line="-27"/>
+        <source>Do you want to logout?</source>
+        <translation>Vuoi uscire dall&apos;account?</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <location line="+25"/>
+        <source>Logout</source>
+        <translation>Esci</translation>
+    </message>
+    <message>
+        <location line="+182"/>
+        <source>Tavrin Update</source>
+        <translation>Aggiornamento di Tavrin</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Available new update. Download it?</source>
+        <translation>È disponibile un nuovo aggiornamento. Scaricarlo?</translation>
+    </message>
+    <message>
+        <location line="+45"/>
+        <source>Error during downloading update.</source>
+        <translation>Errore durante il download dell&apos;aggiornamento.</translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Error during installing update.</source>
+        <translation>Errore durante l&apos;installazione dell&apos;aggiornamento.</translation>
+    </message>
+    <message>
+        <location line="+17"/>
+        <source>Your version is outdated. Please, download new Tavrin app on </source>
+        <translation>La tua versione è obsoleta. Scarica la nuova app Tavrin su </translation>
+    </message>
+    <message>
+        <location line="+13"/>
+        <source>Exit</source>
+        <translation>Esci</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>VPN connection is active. Disconnect and exit?</source>
+        <translation>La connessione VPN è attiva. Disconnettere e uscire?</translation>
     </message>
 </context>
 <context>
@@ -304,22 +381,22 @@
     <message>
         <location line="+1"/>
         <source>Launch on startup</source>
-        <translation>Avvia all'accensione</translation>
+        <translation>Avvia all&apos;accensione</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Connect to VPN when app is started</source>
-        <translation>Connetti la VPN all'avvio</translation>
+        <translation>Connetti la VPN all&apos;avvio</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Change timezone using IP address</source>
-        <translation>Fuso orario in base all'IP</translation>
+        <translation>Fuso orario in base all&apos;IP</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>After connection to VPN server</source>
-        <translation type="unfinished"></translation>
+        <translation>Dopo la connessione al server VPN</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -329,7 +406,7 @@
     <message>
         <location line="+1"/>
         <source>IPv4, IPv6, DNS4, DNS6 leaks protection</source>
-        <translation type="unfinished"></translation>
+        <translation>Protezione dalle fughe IPv4, IPv6, DNS4, DNS6</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -339,7 +416,7 @@
     <message>
         <location line="+1"/>
         <source>Printers, routers, etc</source>
-        <translation type="unfinished"></translation>
+        <translation>Stampanti, router, ecc.</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -370,17 +447,17 @@
     <message>
         <location line="+1"/>
         <source>Your account has no active VPN subscription.</source>
-        <translation type="unfinished"></translation>
+        <translation>Il tuo account non ha un abbonamento VPN attivo.</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>Buy VPN subscription on the site</source>
-        <translation>Acquista l'abbonamento VPN sul sito</translation>
+        <translation>Acquista l&apos;abbonamento VPN sul sito</translation>
     </message>
     <message>
         <location line="+1"/>
         <source>On the site we accept payments through various payment systems, including Bitcoin, PayPal, Yandex Money and others.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sul sito accettiamo pagamenti tramite vari sistemi, tra cui Bitcoin, PayPal, Yandex Money e altri.</translation>
     </message>
 </context>
 <context>
