@@ -13,10 +13,12 @@
 #include "PageTestEnvironment.h"
 #include "ProgressDlg.h"
 #include "SelectionAccountWindow.h"
+#include "SettingsWindow.h"
 #include "SoftwareUpdater.h"
 #include "SubscriptionPurchaseWindow.h"
 #include "SystemTray.h"
 
+#include <QComboBox>
 #include <QMenu>
 #include <QRadioButton>
 
@@ -432,6 +434,32 @@ private slots:
         m_window.reset();
         QTRY_VERIFY(m_daemon->requests().size() > before);
         QCOMPARE(commandOf(m_daemon->requests().last()), quint32(HelperWire::FirewallOff));
+    }
+
+    void messagesFollowTheLanguage_data()
+    {
+        QTest::addColumn<QString>("code");
+        for (const char* code :
+             {"ar", "de", "es", "fr", "hi", "it", "ja", "ko", "pl", "pt", "ru", "tr", "uk", "vi", "zh_CN"})
+            QTest::newRow(code) << QString::fromLatin1(code);
+    }
+    void messagesFollowTheLanguage()
+    {
+        QFETCH(QString, code);
+        makeWindow();
+        m_window->checkAutologin();
+        QComboBox* languages = m_window->settingsPage()->languageBox();
+        languages->setCurrentIndex(languages->findData(code));
+        QVERIFY(languages->currentIndex() >= 0);
+
+        CustomMessageBox::setNextAnswer(QMessageBox::No);
+        m_window->onReturnToSignUp();
+        const CustomMessageBox::Message asked = CustomMessageBox::answeredMessages().value(0);
+        QVERIFY(asked.text != QLatin1String("Do you want to logout?"));
+        QCOMPARE(asked.text, QCoreApplication::translate("MainWindow", "Do you want to logout?"));
+        QVERIFY(asked.title != QLatin1String("Logout"));
+
+        languages->setCurrentIndex(languages->findData(QStringLiteral("en")));
     }
 
     void closeWhileDisconnectedExits()
