@@ -25,24 +25,27 @@ cmd=${1:?up, local or down}
 dir=${2:?work directory}
 build=${3:-}
 
-kill_pidfile() {
-    local f=$1 pid
-    [ -s "$f" ] || return 0
-    pid=$(cat "$f")
-    if [[ "$pid" =~ ^[0-9]+$ ]] && kill -0 "$pid" 2>/dev/null; then
-        kill "$pid" 2>/dev/null || true
-        for _ in $(seq 50); do kill -0 "$pid" 2>/dev/null || break; sleep 0.05; done
-        kill -9 "$pid" 2>/dev/null || true
-    fi
-    rm -f "$f"
+# Stops the processes of the pid files in DIR: all asked at once, the stragglers killed after 3 s.
+kill_pidfiles() {
+    local pids=() pid f
+    for f in "$dir"/*.pid; do
+        [ -s "$f" ] || continue
+        pid=$(cat "$f")
+        [[ "$pid" =~ ^[0-9]+$ ]] && kill -0 "$pid" 2>/dev/null && pids+=("$pid")
+    done
+    [ ${#pids[@]} -eq 0 ] && return 0
+    kill "${pids[@]}" 2>/dev/null || true
+    for _ in $(seq 60); do
+        local alive=0
+        for pid in "${pids[@]}"; do kill -0 "$pid" 2>/dev/null && alive=1; done
+        [ $alive -eq 0 ] && break
+        sleep 0.05
+    done
+    kill -9 "${pids[@]}" 2>/dev/null || true
 }
 
 down() {
-    if [ -d "$dir" ]; then
-        for f in "$dir"/*.pid; do
-            [ -e "$f" ] && kill_pidfile "$f"
-        done
-    fi
+    [ -d "$dir" ] && kill_pidfiles
     if [ "$(id -u)" -eq 0 ] && command -v ip >/dev/null; then
         for ns in $(ip netns list 2>/dev/null | awk '{print $1}' | grep "^$PREFIX" || true); do
             # The helper daemon first, so it stops its OpenVPN and removes its table itself.

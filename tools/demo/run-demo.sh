@@ -35,7 +35,7 @@ cleanup() {
     if [ -n "$child" ] && kill -0 "$child" 2>/dev/null; then
         # The program runs in a process group of its own (with Xvfb, when used).
         kill -TERM -- "-$child" 2>/dev/null || true
-        for _ in $(seq 60); do kill -0 "$child" 2>/dev/null || break; sleep 0.05; done
+        for _ in $(seq 60); do kill -0 -- "-$child" 2>/dev/null || break; sleep 0.05; done
         kill -KILL -- "-$child" 2>/dev/null || true
         wait "$child" 2>/dev/null || true
     fi
@@ -53,13 +53,14 @@ else
 fi
 
 # The program runs from a copy in the demo's directory, so its connection trace (log.txt beside
-# the executable) and its settings, log and single-instance files all go when the demo stops.
+# the executable), its settings, log, single-instance and temporary files (xvfb-run's too) all go
+# when the demo stops.
 mkdir -p "$dir/bin" "$dir/home"
 cp "$build/tavrin" "$dir/bin/tavrin"
 env_vars=(HOME="$dir/home" XDG_CONFIG_HOME="$dir/home/config" XDG_DATA_HOME="$dir/home/data"
-    XDG_RUNTIME_DIR="$dir/home/run" XDG_CACHE_HOME="$dir/home/cache")
-mkdir -p "$dir/home/run"
-chmod 700 "$dir/home/run"
+    XDG_RUNTIME_DIR="$dir/home/run" XDG_CACHE_HOME="$dir/home/cache" TMPDIR="$dir/home/tmp")
+mkdir -p "$dir/home/run" "$dir/home/tmp"
+chmod 700 "$dir/home/run" "$dir/home/tmp"
 while IFS= read -r line; do env_vars+=("$line"); done <"$dir/env"
 
 # Under sudo the program itself runs as the user who asked, as it would when installed.
