@@ -6,11 +6,11 @@
 
 #include "ServerInfo.h"
 
-// Builds server lists from short specs: "name:type:ping" with an optional trailing "*" for a
+// Builds server lists from short entries: "name:type:ping" with an optional trailing "*" for a
 // favourite, e.g. "DE-Berlin:1:30*". The login is "vpn1" unless given as "login/name:...".
-inline ServerInfo serverFromSpec(const QString& spec)
+inline ServerInfo serverFromText(const QString& entry)
 {
-    QString text = spec;
+    QString text = entry;
     ServerInfo server;
     if (text.endsWith(QLatin1Char('*'))) {
         server.favorite = true;
@@ -33,11 +33,11 @@ inline ServerInfo serverFromSpec(const QString& spec)
     return server;
 }
 
-inline QVector<ServerInfo> serversFromSpecs(const QStringList& specs)
+inline QVector<ServerInfo> serversFromText(const QStringList& entries)
 {
     QVector<ServerInfo> list;
-    for (const QString& spec : specs)
-        list.append(serverFromSpec(spec));
+    for (const QString& entry : entries)
+        list.append(serverFromText(entry));
     return list;
 }
 

@@ -17,7 +17,7 @@ class TestServerPingModel : public QObject
 private slots:
     void bestLocation_data()
     {
-        QTest::addColumn<QStringList>("specs");
+        QTest::addColumn<QStringList>("entries");
         QTest::addColumn<QString>("best");
 
         QTest::newRow("nothing measured gives the greatest name") << QStringList({"A:1:0", "C:1:0", "B:1:0"}) << "C";
@@ -31,9 +31,9 @@ private slots:
     }
     void bestLocation()
     {
-        QFETCH(QStringList, specs);
+        QFETCH(QStringList, entries);
         ServerPingModel model;
-        model.setServers(serversFromSpecs(specs));
+        model.setServers(serversFromText(entries));
         QTEST(model.getBestLocation().name, "best");
     }
 
@@ -41,7 +41,7 @@ private slots:
     {
         ServerPingModel model;
         Tester tester(&model, Tester::FailureReportingMode::Fatal);
-        QVector<ServerInfo> list = serversFromSpecs({"x:1:0", "b:2:0", "x:1:0"});
+        QVector<ServerInfo> list = serversFromText({"x:1:0", "b:2:0", "x:1:0"});
         list[0].ip = QStringLiteral("10.0.0.1");
         list[2].ip = QStringLiteral("10.0.0.2");
         model.setServers(list);
@@ -79,14 +79,14 @@ private slots:
         QFETCH(int, column);
         QFETCH(int, role);
         ServerPingModel model;
-        model.setServers(serversFromSpecs({"DE-Berlin:1:0*", "FR-Paris:2:0"}));
+        model.setServers(serversFromText({"DE-Berlin:1:0*", "FR-Paris:2:0"}));
         QTEST(model.index(row, column).data(role), "value");
         QCOMPARE(model.headerData(0, Qt::Horizontal), QVariant());
     }
 
     void favoritesSections_data()
     {
-        QTest::addColumn<QStringList>("specs");
+        QTest::addColumn<QStringList>("entries");
         QTest::addColumn<QStringList>("rows");
 
         QTest::newRow("no favourite starts with the recommended header")
@@ -105,10 +105,10 @@ private slots:
     }
     void favoritesSections()
     {
-        QFETCH(QStringList, specs);
+        QFETCH(QStringList, entries);
         FavoritesServerModel model;
         Tester tester(&model, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs(specs));
+        model.setServers(serversFromText(entries));
         QStringList rows;
         for (int row = 0; row < model.rowCount(); ++row) {
             const QModelIndex index = model.index(row, 0);
@@ -124,7 +124,7 @@ private slots:
     {
         FavoritesServerModel model;
         Tester tester(&model, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs({"a:1:0*", "b:1:0"}));
+        model.setServers(serversFromText({"a:1:0*", "b:1:0"}));
         QStringList names;
         for (const ServerInfo& server : model.getFavoriteLocation())
             names.append(server.name);
@@ -170,7 +170,7 @@ private slots:
         proxy.sort(0);
         Tester modelTester(&model, Tester::FailureReportingMode::Fatal);
         Tester proxyTester(&proxy, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs({"fr-paris:1:0*", "Berlin:2:0*", "Paris-FR:1:0", "de-fra:2:0", "odd:0:0"}));
+        model.setServers(serversFromText({"fr-paris:1:0*", "Berlin:2:0*", "Paris-FR:1:0", "de-fra:2:0", "odd:0:0"}));
 
         proxy.showAll(search);
         if (view == "standart")
@@ -185,7 +185,7 @@ private slots:
     void proxyStartsOnStandardServers()
     {
         ServerPingModel model;
-        model.setServers(serversFromSpecs({"b:2:0", "a:1:0"}));
+        model.setServers(serversFromText({"b:2:0", "a:1:0"}));
         PingSortFilterProxyModel proxy;
         proxy.setSourceModel(&model);
         QCOMPARE(outline(proxy), QStringLiteral("a"));
@@ -205,15 +205,15 @@ private slots:
     void proxyOrder()
     {
         QFETCH(QStringList, names);
-        QStringList specs;
+        QStringList entries;
         for (const QString& name : names)
-            specs.append(name + ":1:0");
+            entries.append(name + ":1:0");
         ServerPingModel model;
         PingSortFilterProxyModel proxy;
         proxy.setSourceModel(&model);
         proxy.sort(0);
         Tester proxyTester(&proxy, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs(specs));
+        model.setServers(serversFromText(entries));
         QTEST(outline(proxy).split(QLatin1Char(',')), "sorted");
     }
 
@@ -241,7 +241,7 @@ private slots:
         proxy.setSourceModel(&model);
         proxy.sort(0);
         Tester proxyTester(&proxy, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs({"b:1:0", "a:2:0*"}));
+        model.setServers(serversFromText({"b:1:0", "a:2:0*"}));
         proxy.showFavorite();
         QCOMPARE(outline(proxy), QStringLiteral("a"));
         QVERIFY(proxy.setData(proxy.index(0, 1), false));
@@ -257,7 +257,7 @@ private slots:
         proxy.setSourceModel(&model);
         proxy.sort(0);
         Tester proxyTester(&proxy, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs({"z:1:0*", "b:2:5", "a:1:9"}));
+        model.setServers(serversFromText({"z:1:0*", "b:2:5", "a:1:9"}));
         QString search = QStringLiteral("zzz");
         proxy.showAll(search);
         proxy.showDouble();

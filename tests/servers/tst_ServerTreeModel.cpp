@@ -18,7 +18,7 @@ class TestServerTreeModel : public QObject
 private slots:
     void grouping_data()
     {
-        QTest::addColumn<QStringList>("specs");
+        QTest::addColumn<QStringList>("entries");
         QTest::addColumn<QString>("tree");
 
         QTest::newRow("groups in order of first appearance")
@@ -32,10 +32,10 @@ private slots:
     }
     void grouping()
     {
-        QFETCH(QStringList, specs);
+        QFETCH(QStringList, entries);
         ServerTreeModel model;
         Tester tester(&model, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs(specs));
+        model.setServers(serversFromText(entries));
         QTEST(outline(model), "tree");
     }
 
@@ -62,7 +62,7 @@ private slots:
         QFETCH(int, column);
         QFETCH(int, role);
         ServerTreeModel model;
-        model.setServers(serversFromSpecs(sampleSpecs));
+        model.setServers(serversFromText(sampleSpecs));
         const QModelIndex groupIndex = model.index(1, 0);
         const QModelIndex index = group ? model.index(1, column) : model.index(0, column, groupIndex);
         QTEST(index.data(role), "value");
@@ -72,7 +72,7 @@ private slots:
     void locations()
     {
         ServerTreeModel model;
-        model.setServers(serversFromSpecs(sampleSpecs));
+        model.setServers(serversFromText(sampleSpecs));
         const QModelIndex group = model.index(0, 0);
         QCOMPARE(model.locationByIndex(group).groupName, QStringLiteral("DE"));
         QCOMPARE(model.locationByIndex(group).name, QString());
@@ -121,7 +121,7 @@ private slots:
         proxy.sort(0);
         Tester modelTester(&model, Tester::FailureReportingMode::Fatal);
         Tester proxyTester(&proxy, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs(sampleSpecs));
+        model.setServers(serversFromText(sampleSpecs));
 
         if (view == "standart")
             proxy.showStandart();
@@ -140,7 +140,7 @@ private slots:
         TreePingSortFilterProxyModel proxy;
         proxy.setSourceModel(&model);
         proxy.sort(0);
-        model.setServers(serversFromSpecs({"b-z", "b-A", "a", "Ab-c", "b"}));
+        model.setServers(serversFromText({"b-z", "b-A", "a", "Ab-c", "b"}));
         QCOMPARE(outline(proxy), QStringLiteral("a[a],Ab[Ab-c],b[b,b-A,b-z]"));
     }
 
@@ -151,7 +151,7 @@ private slots:
         proxy.setSourceModel(&model);
         proxy.sort(0);
         Tester proxyTester(&proxy, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs(sampleSpecs));
+        model.setServers(serversFromText(sampleSpecs));
         proxy.showFavorite();
         QSignalSpy changed(&model, &ServerTreeModel::favoriteChanged);
 
@@ -176,7 +176,7 @@ private slots:
     {
         ServerTreeModel model;
         Tester tester(&model, Tester::FailureReportingMode::Fatal);
-        model.setServers(serversFromSpecs({"DE-a", "vpn2/DE-a", "DE-a"}));
+        model.setServers(serversFromText({"DE-a", "vpn2/DE-a", "DE-a"}));
         const QModelIndex group = model.index(0, 0);
         QVERIFY(model.setData(model.index(2, 1, group), true));
         QVERIFY(model.index(0, 1, group).data().toBool());
