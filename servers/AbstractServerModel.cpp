@@ -1,7 +1,20 @@
 #include "AbstractServerModel.h"
 
+#include <QDebug>
+
 const QString& AbstractServerModel::noName()
 {
     static const QString empty;
     return empty;
+}
+
+void AbstractServerModel::logFavoriteChange(const QModelIndex& index,
+                                            const ServerInfo& server,
+                                            bool oldMark,
+                                            bool newMark)
+{
+    const auto text = [](bool mark) {
+        return mark ? "true" : "false";
+    };
+    qDebug() << "favorite changed" << index << QString(server) << text(oldMark) << text(newMark);
 }

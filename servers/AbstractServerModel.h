@@ -17,6 +17,9 @@ public:
         SectionHeaderRole = Qt::UserRole + 2,
     };
 
+    // Column 1 carries the favourite mark; it is the only editable column.
+    static constexpr int FavoriteColumn = 1;
+
     using QAbstractTableModel::QAbstractTableModel;
 
     // The record behind a row; a default record when there is none.
@@ -27,4 +30,6 @@ public:
 
 protected:
     static const QString& noName();
+    // The debug line every favourite toggle leaves: the row, the record and the old and new marks.
+    static void logFavoriteChange(const QModelIndex& index, const ServerInfo& server, bool oldMark, bool newMark);
 };

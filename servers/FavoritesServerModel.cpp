@@ -5,13 +5,7 @@
 
 namespace {
 const int columns = 2;
-const int favoriteColumn = 1;
 const int bestCount = 3;
-
-const char* boolText(bool value)
-{
-    return value ? "true" : "false";
-}
 
 ServerInfo headerRow(const QString& name, bool favorite)
 {
@@ -125,7 +119,7 @@ QVariant FavoritesServerModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         if (index.column() == 0)
             return server.name;
-        if (index.column() == favoriteColumn)
+        if (index.column() == FavoriteColumn)
             return server.favorite;
         break;
     case FlagRole:
@@ -151,12 +145,12 @@ QVariant FavoritesServerModel::headerData(int, Qt::Orientation, int) const
 
 bool FavoritesServerModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
-    if (index.column() != favoriteColumn || index.row() < 0 || index.row() >= list.size())
+    if (index.column() != FavoriteColumn || index.row() < 0 || index.row() >= list.size())
         return false;
     ServerInfo& server = list[index.row()];
     const bool old = server.favorite;
     server.favorite = value.toBool();
-    qDebug() << "favorite changed" << index << QString(server) << boolText(old) << boolText(server.favorite);
+    logFavoriteChange(index, server, old, server.favorite);
     emit dataChanged(index, index);
     return true;
 }

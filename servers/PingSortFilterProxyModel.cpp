@@ -5,7 +5,6 @@
 #include "AbstractServerModel.h"
 
 namespace {
-const int favoriteColumn = 1;
 const QChar hyphen = QLatin1Char('-');
 
 // Names without a hyphen come first; within each kind, plain order of the lower-cased names.
@@ -68,7 +67,7 @@ bool PingSortFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex
     const QAbstractItemModel* model = sourceModel();
     const QModelIndex nameIndex = model->index(sourceRow, 0, sourceParent);
     if (favoriteMode && !doubleMode)
-        return model->index(sourceRow, favoriteColumn, sourceParent).data().toBool();
+        return model->index(sourceRow, AbstractServerModel::FavoriteColumn, sourceParent).data().toBool();
 
     const int type = nameIndex.data(AbstractServerModel::TypeRole).toInt();
     if (!favoriteMode)

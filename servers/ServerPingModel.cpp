@@ -12,12 +12,6 @@ const int maxPoolThreads = 4;
 const int timerIntervalMs = 10;
 const int stopWaitMs = 1;
 const int columns = 2;
-const int favoriteColumn = 1;
-
-const char* boolText(bool value)
-{
-    return value ? "true" : "false";
-}
 } // namespace
 
 ServerPingModel::ServerPingModel(QObject* parent)
@@ -139,7 +133,7 @@ QVariant ServerPingModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         if (index.column() == 0)
             return server.name;
-        if (index.column() == favoriteColumn)
+        if (index.column() == FavoriteColumn)
             return server.favorite;
         break;
     case FlagRole:
@@ -161,12 +155,12 @@ QVariant ServerPingModel::headerData(int, Qt::Orientation, int) const
 
 bool ServerPingModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
-    if (index.column() != favoriteColumn || index.row() < 0 || index.row() >= rows.size())
+    if (index.column() != FavoriteColumn || index.row() < 0 || index.row() >= rows.size())
         return false;
     ServerInfo& server = servers[rows[index.row()]];
     const bool old = server.favorite;
     server.favorite = value.toBool();
-    qDebug() << "favorite changed" << index << QString(server) << boolText(old) << boolText(server.favorite);
+    logFavoriteChange(index, server, old, server.favorite);
     emit dataChanged(index, index);
     emit favoriteChanged();
     return true;

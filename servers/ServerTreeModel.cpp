@@ -8,12 +8,6 @@
 
 namespace {
 const int columns = 2;
-const int favoriteColumn = 1;
-
-const char* boolText(bool value)
-{
-    return value ? "true" : "false";
-}
 
 QString groupOf(const QString& name)
 {
@@ -163,7 +157,7 @@ QVariant ServerTreeModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         if (index.column() == 0)
             return record.name;
-        if (index.column() == favoriteColumn)
+        if (index.column() == FavoriteColumn)
             return record.favorite;
         break;
     case FlagRole:
@@ -183,7 +177,7 @@ QVariant ServerTreeModel::headerData(int, Qt::Orientation, int) const
 
 bool ServerTreeModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
-    if (!index.isValid() || index.column() != favoriteColumn)
+    if (!index.isValid() || index.column() != FavoriteColumn)
         return false;
     LocationTreeItem* item = itemOf(index);
     if (!isServerItem(item))
@@ -191,8 +185,7 @@ bool ServerTreeModel::setData(const QModelIndex& index, const QVariant& value, i
 
     const ServerIdentif identif = identifOf(item->record());
     const bool favorite = value.toBool();
-    qDebug() << "favorite changed" << index << QString(item->record()) << boolText(item->record().favorite)
-             << boolText(favorite);
+    logFavoriteChange(index, item->record(), item->record().favorite, favorite);
 
     // A record listed twice sits twice in the same group; both rows show one mark.
     LocationTreeItem* group = item->parent();
@@ -203,12 +196,12 @@ bool ServerTreeModel::setData(const QModelIndex& index, const QVariant& value, i
         ServerInfo record = repeat->data();
         record.favorite = favorite;
         repeat->setData(std::move(record));
-        const QModelIndex changed = createIndex(row, favoriteColumn, repeat);
+        const QModelIndex changed = createIndex(row, FavoriteColumn, repeat);
         emit dataChanged(changed, changed);
     }
     // The group's visibility in a filtered view may depend on this mark.
     const QModelIndex groupIndex = createIndex(group->row(), 0, group);
-    emit dataChanged(groupIndex, groupIndex.siblingAtColumn(favoriteColumn));
+    emit dataChanged(groupIndex, groupIndex.siblingAtColumn(FavoriteColumn));
     emit favoriteChanged();
     return true;
 }

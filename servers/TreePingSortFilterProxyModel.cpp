@@ -2,9 +2,7 @@
 
 #include "AbstractServerModel.h"
 
-namespace {
-const int favoriteColumn = 1;
-} // namespace
+namespace { } // namespace
 
 void TreePingSortFilterProxyModel::showFavorite()
 {
@@ -78,7 +76,7 @@ bool TreePingSortFilterProxyModel::acceptsOwnRow(int sourceRow, const QModelInde
     if (!favoriteMode)
         return type == ServerInfo::Double;
     if (!doubleMode)
-        return base && model->index(sourceRow, favoriteColumn, sourceParent).data().toBool();
+        return base && model->index(sourceRow, AbstractServerModel::FavoriteColumn, sourceParent).data().toBool();
     if (!base && type != ServerInfo::Standart && type != ServerInfo::Double)
         return false;
     return nameContainsSearch(nameIndex);
