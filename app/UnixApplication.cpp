@@ -2,6 +2,8 @@
 
 #include <QDebug>
 #include <QEventLoop>
+#include <QNetworkAccessManager>
+#include <QThread>
 #include <QTimer>
 
 #include "LocalSettings.h"
@@ -9,7 +11,16 @@
 
 namespace {
 const QString wakeUpMessage = QStringLiteral("Wake up!");
-}
+
+// The first network access manager of a process loads Qt's network plugins, which takes tens of milliseconds.
+// The single-instance check spends most of its time waiting, so that load runs meanwhile on a thread of its own.
+// What it loads is process-wide and is there when the service client makes its own managers.
+class NetworkWarmUp : public QThread
+{
+protected:
+    void run() override { QNetworkAccessManager manager; }
+};
+} // namespace
 
 UnixApplication::UnixApplication(int& argc, char** argv)
     : SingleApplication(QStringLiteral("Pellwick"), argc, argv)
@@ -33,7 +44,11 @@ bool UnixApplication::launch(bool hidden)
     qDebug().noquote() << applicationName() + QLatin1Char(' ') + applicationVersion()
             + QStringLiteral(" started. Build date: ") + QStringLiteral(__DATE__ ", " __TIME__);
 
-    if (!oneInstance())
+    NetworkWarmUp warmUp;
+    warmUp.start();
+    const bool alone = oneInstance();
+    warmUp.wait();
+    if (!alone)
         return false;
 
     // The store resets itself at every start unless the user is remembered; only the instance may do that.
