@@ -401,7 +401,7 @@ Disconnect and logout?</source>
     <message>
         <location line="+1"/>
         <source>Kill switch</source>
-        <translation>Kill switch</translation>
+        <translation>Interruptor de emergencia</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -401,7 +401,7 @@ Se déconnecter du VPN et du compte ?</translation>
     <message>
         <location line="+1"/>
         <source>Kill switch</source>
-        <translation>Kill switch</translation>
+        <translation>Coupure d&apos;urgence</translation>
     </message>
     <message>
         <location line="+1"/>

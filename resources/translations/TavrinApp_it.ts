@@ -401,7 +401,7 @@ Disconnettere ed uscire dall&apos;account?</translation>
     <message>
         <location line="+1"/>
         <source>Kill switch</source>
-        <translation>Kill switch</translation>
+        <translation>Interruttore di emergenza</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -401,7 +401,7 @@ Rozłączyć i wylogować?</translation>
     <message>
         <location line="+1"/>
         <source>Kill switch</source>
-        <translation>Kill switch</translation>
+        <translation>Wyłącznik awaryjny</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -401,7 +401,7 @@ Desconectar e sair?</translation>
     <message>
         <location line="+1"/>
         <source>Kill switch</source>
-        <translation>Kill switch</translation>
+        <translation>Interruptor de emergência</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -401,7 +401,7 @@ Bağlantı kesilip çıkış yapılsın mı?</translation>
     <message>
         <location line="+1"/>
         <source>Kill switch</source>
-        <translation>Kill switch</translation>
+        <translation>Acil durum kesicisi</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -401,7 +401,7 @@ Ngắt kết nối và đăng xuất?</translation>
     <message>
         <location line="+1"/>
         <source>Kill switch</source>
-        <translation>Kill switch</translation>
+        <translation>Ngắt kết nối khẩn cấp</translation>
     </message>
     <message>
         <location line="+1"/>

@@ -1,84 +1,334 @@
-#include <QCheckBox>
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QAction>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QRegularExpression>
+#include <QTranslator>
+#include <QXmlStreamReader>
 #include <QtTest>
 
+#include <memory>
+
 #include "AccountWindow.h"
+#include "ConnectWindow.h"
+#include "CustomMessageBox.h"
+#include "FakeHelperDaemon.h"
+#include "FakeService.h"
 #include "LocalSettings.h"
 #include "LoginWindow.h"
+#include "MainWindow.h"
+#include "NetworkManager.h"
 #include "PageTestEnvironment.h"
+#include "ProgressDlg.h"
+#include "SearchEdit.h"
 #include "SelectionAccountWindow.h"
 #include "ServerListWindow.h"
 #include "SettingsWindow.h"
 #include "SubscriptionPurchaseWindow.h"
+#include "SystemTray.h"
 
-// Picking a language on the settings page re-translates every open page at once.
+namespace {
+
+// One translatable text of the program, as the English catalogue lists it.
+struct Source
+{
+    QByteArray context;
+    QString text;
+};
+
+QVector<Source> englishSources()
+{
+    QVector<Source> sources;
+    QFile file(QStringLiteral(TRANSLATIONS_DIR "/TavrinApp_en.ts"));
+    if (!file.open(QIODevice::ReadOnly))
+        return sources;
+    QXmlStreamReader xml(&file);
+    QByteArray context;
+    while (xml.readNextStartElement() || !xml.atEnd()) {
+        if (!xml.isStartElement())
+            continue;
+        if (xml.name() == QLatin1String("name"))
+            context = xml.readElementText().toUtf8();
+        else if (xml.name() == QLatin1String("source"))
+            sources.append({context, xml.readElementText()});
+    }
+    return sources;
+}
+
+// A text with its %1.. filled in by anything.
+QRegularExpression patternOf(const QString& text)
+{
+    QStringList parts = text.split(QRegularExpression(QStringLiteral("%\\d")));
+    for (QString& part : parts)
+        part = QRegularExpression::escape(part);
+    return QRegularExpression(QRegularExpression::anchoredPattern(parts.join(QStringLiteral(".*"))),
+                              QRegularExpression::DotMatchesEverythingOption);
+}
+
+QString translated(const QTranslator& translator, const Source& source)
+{
+    const QString text = translator.translate(source.context.constData(), source.text.toUtf8().constData());
+    return text.isEmpty() ? source.text : text;
+}
+
+void addActions(QStringList* texts, const QList<QAction*>& actions)
+{
+    for (const QAction* action : actions)
+        *texts << action->text() << action->toolTip();
+}
+
+// Every text a person can read on the widget and on those of its children that show with it.
+QStringList shownTexts(QWidget* root)
+{
+    QStringList texts {root->windowTitle(), root->toolTip()};
+    addActions(&texts, root->actions());
+    for (QWidget* widget : root->findChildren<QWidget*>()) {
+        if (!widget->isVisibleTo(root))
+            continue;
+        texts << widget->toolTip();
+        addActions(&texts, widget->actions());
+        if (auto* label = qobject_cast<QLabel*>(widget))
+            texts << label->text();
+        if (auto* button = qobject_cast<QAbstractButton*>(widget))
+            texts << button->text();
+        if (auto* edit = qobject_cast<QLineEdit*>(widget))
+            texts << edit->placeholderText();
+        if (auto* box = qobject_cast<QComboBox*>(widget)) {
+            for (int i = 0; i < box->count(); ++i)
+                texts << box->itemText(i);
+        }
+        if (auto* view = qobject_cast<QAbstractItemView*>(widget)) {
+            if (const QAbstractItemModel* model = view->model()) {
+                for (int column = 0; column < model->columnCount(); ++column)
+                    texts << model->headerData(column, Qt::Horizontal).toString();
+            }
+        }
+    }
+    texts.removeAll(QString());
+    return texts;
+}
+
+const QStringList languageCodes {QStringLiteral("ar"),
+                                 QStringLiteral("de"),
+                                 QStringLiteral("es"),
+                                 QStringLiteral("fr"),
+                                 QStringLiteral("hi"),
+                                 QStringLiteral("it"),
+                                 QStringLiteral("ja"),
+                                 QStringLiteral("ko"),
+                                 QStringLiteral("pl"),
+                                 QStringLiteral("pt"),
+                                 QStringLiteral("ru"),
+                                 QStringLiteral("tr"),
+                                 QStringLiteral("uk"),
+                                 QStringLiteral("vi"),
+                                 QStringLiteral("zh_CN")};
+
+} // namespace
+
+// After a language is picked on the settings page, no page shows a text of the language it had before.
 class TestPageLanguage : public QObject
 {
     Q_OBJECT
 
+private:
+    FakeService m_service;
+    std::unique_ptr<FakeHelperDaemon> m_daemon;
+    std::unique_ptr<MainWindow> m_window;
+    QVector<Source> m_sources;
+
+    // The texts that render a catalogue entry in the language left behind (or in English) while the language
+    // now shown renders it differently.
+    QStringList
+    staleTexts(const QString& where, const QStringList& texts, const QTranslator& now, const QTranslator& before) const
+    {
+        QStringList stale;
+        for (const Source& source : m_sources) {
+            const QString expected = translated(now, source);
+            const QRegularExpression expectedPattern = patternOf(expected);
+            for (const QString& old : {source.text, translated(before, source)}) {
+                if (old == expected)
+                    continue;
+                const QRegularExpression oldPattern = patternOf(old);
+                for (const QString& text : texts) {
+                    if (oldPattern.match(text).hasMatch() && !expectedPattern.match(text).hasMatch())
+                        stale << QStringLiteral("%1: \"%2\" (%3 \"%4\", expected \"%5\")")
+                                     .arg(where, text, QString::fromUtf8(source.context), source.text, expected);
+                }
+            }
+        }
+        return stale;
+    }
+
+    void selectLanguage(const QString& code)
+    {
+        m_window->onSettings();
+        QVERIFY(m_window->settingsPage()->isVisible());
+        QComboBox* box = m_window->settingsPage()->languageBox();
+        box->setCurrentIndex(box->findData(code));
+        // The other pages hear of it through a posted language-change event.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LanguageChange);
+        QCoreApplication::processEvents();
+    }
+
 private slots:
-    void switchTranslatesEveryPage_data()
+    void initTestCase()
+    {
+        m_sources = englishSources();
+        QVERIFY(m_sources.size() > 50);
+        QString error;
+        QVERIFY2(m_service.start(0, &error), qPrintable(error));
+        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+        m_service.setFixture(FakeFixture::demo());
+        m_service.fixture().upgradeVersion.clear();
+        // Close to the expiry, so that the connect page shows its notice.
+        for (FakeLogin& login : m_service.fixture().logins)
+            login.exp = QDateTime::currentSecsSinceEpoch() + 3 * 24 * 3600;
+        m_daemon.reset(new FakeHelperDaemon);
+        QVERIFY(m_daemon->start());
+        m_daemon->exportPort();
+        LocalSettings::instance()->createDefaultSettings();
+        LocalSettings::instance()->setValue(Keys::Language, QStringLiteral("en"));
+
+        m_window.reset(new MainWindow);
+        m_window->checkAutologin();
+        QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
+        m_window->onSignIn(QStringLiteral("demo"), QStringLiteral("demo"));
+        QVERIFY(auth.wait(20000));
+        QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
+        QVERIFY(m_window->selectionPage()->isVisible());
+        m_window->selectionPage()->buttons().at(0)->setChecked(true);
+        m_window->selectionPage()->onContinueClicked();
+        QVERIFY(m_window->connectPage()->isVisible());
+        QVERIFY(!m_window->connectPage()->getServers().isEmpty());
+        // Picked without connecting, as a remembered location comes up after a start.
+        m_window->connectPage()->onServerChanged(m_window->connectPage()->getServers().firstKey());
+        QVERIFY(!m_window->connectPage()->currentServer().name.isEmpty());
+    }
+
+    void cleanupTestCase()
+    {
+        m_window.reset();
+        m_daemon.reset();
+    }
+
+    void everyPageFollowsTheLanguage_data()
     {
         QTest::addColumn<QString>("code");
-        QTest::addColumn<QString>("signIn");
-        QTest::newRow("German") << "de"
-                                << "Anmelden";
-        QTest::newRow("Russian") << "ru"
-                                 << "Войти";
-        QTest::newRow("Japanese") << "ja"
-                                  << "ログイン";
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<bool>("connected");
+        for (const QString& code : languageCodes) {
+            QTest::addRow("%s, idle", qPrintable(code)) << code << QStringLiteral("en") << false;
+            QTest::addRow("%s, connected", qPrintable(code)) << code << QStringLiteral("en") << true;
+        }
+        QTest::newRow("back to English from Russian") << "en"
+                                                      << "ru" << false;
+        QTest::newRow("back to English from Chinese, connected") << "en"
+                                                                 << "zh_CN" << true;
     }
-    void switchTranslatesEveryPage()
+    void everyPageFollowsTheLanguage()
     {
         QFETCH(QString, code);
-        QFETCH(QString, signIn);
-        LocalSettings::instance()->setValue(Keys::Language, QStringLiteral("en"));
-        SettingsWindow settings;
-        settings.loadSettings({OpenVpnTcp});
-        LoginWindow login;
-        SelectionAccountWindow selection;
-        ServerListWindow servers;
-        AccountWindow account;
-        SubscriptionPurchaseWindow purchase;
+        QFETCH(QString, before);
+        QFETCH(bool, connected);
+        QTranslator now;
+        QTranslator previous;
+        QVERIFY(now.load(QStringLiteral(":/translations/TavrinApp_%1").arg(code)));
+        QVERIFY(previous.load(QStringLiteral(":/translations/TavrinApp_%1").arg(before)));
+        QStringList stale;
 
-        // One text of each page, with its context and English source.
-        struct Probe
-        {
-            std::function<QString()> shown;
-            const char* context;
-            const char* source;
-        };
-        const QVector<Probe> probes {
-            {[&] { return login.signInButton()->text(); }, "LoginWindow", "Login"},
-            {[&] { return selection.continueButton()->text(); }, "SelectionAccountWindow", "Continue"},
-            {[&] { return servers.filterButton(ServerListWindow::FavoritesFilter)->text(); },
-             "ServerListWindow",
-             "Favorites"},
-            {[&] { return settings.launchOnStart()->text(); }, "SettingsWindow", "Launch on startup"},
-            {[&] { return account.logOutButton()->text(); }, "AccountWindow", "Log out"},
-            {[&] { return purchase.buyButton()->text(); },
-             "SubscriptionPurchaseWindow",
-             "Buy VPN subscription on the site"},
-        };
-        for (const Probe& probe : probes)
-            QCOMPARE(probe.shown(), QString::fromUtf8(probe.source));
+        // Every page has been shown, and its texts made, in the language left behind.
+        selectLanguage(before);
+        m_window->onBack();
+        ConnectWindow* connect = m_window->connectPage();
+        const QString server = connect->currentServer().name;
+        QVERIFY(!server.isEmpty());
+        if (connected) {
+            connect->setUiState(ConnectWindow::Connecting);
+            connect->onConnected();
+        }
+        m_window->onAccount();
+        m_window->onBack();
+        m_window->onServerList(OpenVpnUdp);
+        m_window->onBack();
+        QCOMPARE(connect->isConnected(), connected);
 
-        settings.languageBox()->setCurrentIndex(settings.languageBox()->findData(code));
-        // The other pages hear of it through a posted language-change event.
-        QTRY_COMPARE(login.signInButton()->text(), signIn);
-        for (const Probe& probe : probes) {
-            const QString translated = QCoreApplication::translate(probe.context, probe.source);
-            QVERIFY2(translated != QString::fromUtf8(probe.source), probe.source);
-            QCOMPARE(probe.shown(), translated);
+        selectLanguage(code);
+        stale << staleTexts(QStringLiteral("settings page"), shownTexts(m_window->settingsPage()), now, previous);
+        QTest::mouseClick(m_window->settingsPage()->backButton(), Qt::LeftButton);
+        QVERIFY(connect->isVisible());
+        QVERIFY(connect->findChild<QLabel*>(QStringLiteral("lbSubscribtionInfo"))->isVisible());
+        const QStringList staleConnect
+            = staleTexts(QStringLiteral("connect page"), shownTexts(m_window.get()), now, previous);
+        QStringList tray;
+        addActions(&tray, m_window->tray()->contextMenu()->actions());
+        QVERIFY(tray.join(QLatin1Char(' ')).contains(server));
+        stale << staleTexts(QStringLiteral("tray menu"), tray, now, previous);
+
+        m_window->onAccount();
+        stale << staleTexts(QStringLiteral("account page"), shownTexts(m_window->accountPage()), now, previous);
+        m_window->onBack();
+
+        m_window->onServerList(OpenVpnUdp);
+        ServerListWindow* list = m_window->serverListPage();
+        stale << staleTexts(QStringLiteral("server list"), shownTexts(list), now, previous);
+        // Searching shows the search field and, for a name nobody has, the empty-list note.
+        QTest::mouseClick(list->filterButton(ServerListWindow::SearchFilter), Qt::LeftButton);
+        QTest::keyClicks(list->searchEdit(), QStringLiteral("zzzz"));
+        stale << staleTexts(QStringLiteral("server list search"), shownTexts(list), now, previous);
+        m_window->onBack();
+
+        // The pages of the signed-out side are reached through a sign-out; their texts are there already.
+        for (QWidget* page : {static_cast<QWidget*>(m_window->loginPage()),
+                              static_cast<QWidget*>(m_window->selectionPage()),
+                              static_cast<QWidget*>(m_window->purchasePage())})
+            stale << staleTexts(page->objectName(), shownTexts(page), now, previous);
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (qobject_cast<QDialog*>(window) || window->inherits("ShowLog"))
+                stale << staleTexts(window->metaObject()->className(), shownTexts(window), now, previous);
         }
 
-        // And back to English.
-        settings.languageBox()->setCurrentIndex(settings.languageBox()->findData(QStringLiteral("en")));
-        QTRY_COMPARE(login.signInButton()->text(), QStringLiteral("Login"));
-        for (const Probe& probe : probes)
-            QCOMPARE(probe.shown(), QString::fromUtf8(probe.source));
+        // Message boxes: the program's own buttons, and two messages made at the moment they show.
+        const std::unique_ptr<QMessageBox> box
+            = CustomMessageBox::create(CustomMessageBox::Kind::Question,
+                                       nullptr,
+                                       QString(),
+                                       QStringLiteral("?"),
+                                       QMessageBox::Yes | QMessageBox::No | QMessageBox::Ok | QMessageBox::Cancel,
+                                       QMessageBox::NoButton);
+        stale << staleTexts(QStringLiteral("message box"), shownTexts(box.get()), now, previous);
+        CustomMessageBox::clearAnswers();
+        CustomMessageBox::setNextAnswer(QMessageBox::No);
+        m_window->onReturnToSignUp();
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        m_window->loginPage()->clear();
+        m_window->loginPage()->onSignIn();
+        QStringList messages;
+        for (const CustomMessageBox::Message& message : CustomMessageBox::answeredMessages())
+            messages << message.title << message.text;
+        QCOMPARE(messages.size(), 4);
+        stale << staleTexts(QStringLiteral("messages"), messages, now, previous);
+
+        stale.removeDuplicates();
+        QVERIFY2(stale.isEmpty(), qPrintable(stale.join(QLatin1Char('\n'))));
+        // Known fault: while connected, the location button ("Show connection") and the rates keep the texts
+        // they were given in the language before.
+        if (connected)
+            QEXPECT_FAIL("", "connected texts are not applied again on a language change", Continue);
+        QVERIFY2(staleConnect.isEmpty(), qPrintable(staleConnect.join(QLatin1Char('\n'))));
+    }
+    void cleanup()
+    {
+        ConnectWindow* connect = m_window->connectPage();
+        if (connect->isConnected()) {
+            connect->onDisconnected();
+            connect->setUiState(ConnectWindow::Idle);
+        }
     }
 };
 
