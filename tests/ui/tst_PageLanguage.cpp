@@ -49,8 +49,8 @@ QVector<Source> englishSources()
         return sources;
     QXmlStreamReader xml(&file);
     QByteArray context;
-    while (xml.readNextStartElement() || !xml.atEnd()) {
-        if (!xml.isStartElement())
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
             continue;
         if (xml.name() == QLatin1String("name"))
             context = xml.readElementText().toUtf8();
