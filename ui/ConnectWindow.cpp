@@ -192,7 +192,10 @@ void ConnectWindow::setUiState(int state)
 void ConnectWindow::applyStateTexts()
 {
     if (m_shownState == Connected) {
+        // The connected look keeps the button of the connecting one.
+        ui.btnSelectLocation->setText(tr("Show connection"));
         ui.lbStatus->setText(tr("Connected"));
+        showRates();
     } else if (m_shownState == Connecting) {
         ui.btnSelectLocation->setText(tr("Show connection"));
         ui.lbStatus->setText(tr("Connecting..."));
@@ -221,11 +224,19 @@ QString ConnectWindow::formatRate(double bytesPerSecond)
     return tr("%1 MB/s").arg(value / (1024 * 1024), 0, 'f', 1);
 }
 
+void ConnectWindow::showRates()
+{
+    ui.lbRates->setText(
+        QStringLiteral("\u2193 %1    \u2191 %2").arg(formatRate(m_rateReceived), formatRate(m_rateSent)));
+}
+
 void ConnectWindow::onStatisticsChanged(double received, double sent, double receivedTotal, double sentTotal)
 {
     m_receivedTotal = receivedTotal;
     m_sentTotal = sentTotal;
-    ui.lbRates->setText(QStringLiteral("\u2193 %1    \u2191 %2").arg(formatRate(received), formatRate(sent)));
+    m_rateReceived = received;
+    m_rateSent = sent;
+    showRates();
 }
 
 // ---- connect and disconnect
@@ -391,7 +402,9 @@ void ConnectWindow::onConnected()
     m_attempts = 0;
     m_receivedTotal = 0;
     m_sentTotal = 0;
-    ui.lbRates->setText(QStringLiteral("\u2193 %1    \u2191 %2").arg(formatRate(0), formatRate(0)));
+    m_rateReceived = 0;
+    m_rateSent = 0;
+    showRates();
     if (m_firewall.changeTimezone) {
         if (!m_connection.timezonechangeSupported()) {
             CustomMessageBox::information(this, ProductTitle, tr("Timezone changes does not support on your system."));

@@ -124,6 +124,7 @@ private:
     void startConnection();
     void onStatisticsChanged(double received, double sent, double receivedTotal, double sentTotal);
     void applyStateTexts();
+    void showRates();
     void clearSelection();
     void showLocation(const ServerInfo& server);
     void killStunnelIfStealth();
@@ -156,4 +157,7 @@ private:
     int m_shownState = Idle;
     double m_receivedTotal = 0;
     double m_sentTotal = 0;
+    // The last rates, kept so that a language change can write them again in the new units.
+    double m_rateReceived = 0;
+    double m_rateSent = 0;
 };
