@@ -12,8 +12,10 @@ HelperPaths HelperPaths::fromEnvironment()
     p.stateDir = p.root + QStringLiteral("/var/lib/tavrin-helperd");
     p.localtime = p.root + QStringLiteral("/etc/localtime");
     p.timezoneFile = p.root + QStringLiteral("/etc/timezone");
+    p.systemdRunDir = p.root + QStringLiteral("/run/systemd/system");
     p.zoneinfoDir = QStringLiteral("/usr/share/zoneinfo");
     p.resolverScript = env.value(QStringLiteral("TAVRIN_HELPERD_SCRIPT"),
                                  QStringLiteral("/usr/share/tavrin/script/update-resolv-conf.sh"));
+    p.dpkgRoot = env.value(QStringLiteral("TAVRIN_HELPERD_DPKG_ROOT"));
     return p;
 }

@@ -15,4 +15,6 @@ public:
     QString timezoneFile; // /etc/timezone, the zone's name as text
     QString zoneinfoDir; // read only: the zoneinfo database
     QString resolverScript; // the script OpenVPN really runs for the fixed --up/--down name
+    QString systemdRunDir; // exists while systemd is the init system
+    QString dpkgRoot; // where dpkg installs updates; empty for the machine itself
 };

@@ -2,18 +2,74 @@
 
 #include "TrustedFile.h"
 
+#include <QDebug>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
-#include <QStringList>
+#include <QRandomGenerator>
 
 namespace {
 constexpr qint64 MaxPackageSize = qint64(1) << 30;
+// The client gives up on an answer after five seconds.
+constexpr int SystemdRunTimeoutMs = 4000;
+const QString UnitName = QStringLiteral("tavrin-helperd-update");
+
+// Runs the command given after the package copy, then removes the copy; the journal gets dpkg's
+// output and status either way.
+const QString RunAndRemove
+    = QStringLiteral("package=$1; shift; \"$@\"; status=$?; rm -f \"$package\"; "
+                     "echo \"tavrin-helperd: dpkg exited with status $status\" >&2; exit $status");
+} // namespace
+
+UpdateInstaller::UpdateInstaller(const QString& stateDir, const HelperPaths& paths)
+    : m_stateDir(stateDir)
+    , m_systemdRunDir(paths.systemdRunDir)
+    , m_dpkgRoot(paths.dpkgRoot)
+{ }
+
+QStringList UpdateInstaller::dpkgCommand(const QString& package) const
+{
+    QStringList command {QStringLiteral("/bin/sh"), QStringLiteral("-c"), RunAndRemove, QStringLiteral("sh"), package};
+    command << QStringLiteral("dpkg");
+    if (!m_dpkgRoot.isEmpty())
+        command << QStringLiteral("--root=") + m_dpkgRoot;
+    // Nobody is there to answer a question about a changed configuration file.
+    command << QStringLiteral("--force-confdef") << QStringLiteral("--force-confold") << QStringLiteral("-i")
+            << package;
+    return command;
 }
 
-UpdateInstaller::UpdateInstaller(const QString& stateDir)
-    : m_stateDir(stateDir)
-{ }
+bool UpdateInstaller::startUnderSystemd(const QStringList& command)
+{
+    QProcess run;
+    run.setProcessChannelMode(QProcess::SeparateChannels);
+    run.start(QStringLiteral("systemd-run"),
+              QStringList {QStringLiteral("--unit=") + UnitName,
+                           QStringLiteral("--description=Tavrin update installation"),
+                           QStringLiteral("--service-type=exec"),
+                           QStringLiteral("--collect"),
+                           QStringLiteral("--quiet"),
+                           QStringLiteral("--no-ask-password"),
+                           QStringLiteral("--")}
+                  + command);
+    if (!run.waitForStarted(SystemdRunTimeoutMs)) {
+        m_error = QStringLiteral("systemd-run cannot be started");
+        return false;
+    }
+    if (!run.waitForFinished(SystemdRunTimeoutMs)) {
+        run.kill();
+        run.waitForFinished(SystemdRunTimeoutMs);
+        m_error = QStringLiteral("systemd-run did not answer in time");
+        return false;
+    }
+    if (run.exitStatus() != QProcess::NormalExit || run.exitCode() != 0) {
+        m_error = QStringLiteral("systemd-run failed: %1")
+                      .arg(QString::fromLocal8Bit(run.readAllStandardError()).simplified());
+        return false;
+    }
+    return true;
+}
 
 bool UpdateInstaller::install(const QString& path, qint64 callerUid)
 {
@@ -27,7 +83,10 @@ bool UpdateInstaller::install(const QString& path, qint64 callerUid)
     const QString dir = m_stateDir + QStringLiteral("/update");
     QDir().mkpath(dir);
     QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    const QString copy = dir + QStringLiteral("/update.deb");
+    // A name of its own for each request: an install still running reads its copy by name again.
+    const QString copy
+        = QStringLiteral("%1/update-%2.deb")
+              .arg(dir, QStringLiteral("%1").arg(QRandomGenerator::global()->generate64(), 16, 16, QLatin1Char('0')));
     TrustedFile source(path, callerUid);
     if (!source.copyTo(copy, MaxPackageSize)) {
         m_error = source.error();
@@ -39,11 +98,26 @@ bool UpdateInstaller::install(const QString& path, qint64 callerUid)
         m_error = QStringLiteral("%1 is not a Debian package").arg(path);
         return false;
     }
-    // dpkg may replace the client, which waits for nothing: run it detached.
-    const bool started = QProcess::startDetached(
-        QStringLiteral("/bin/sh"),
-        {QStringLiteral("-c"), QStringLiteral("dpkg -i \"$1\"; rm -f \"$1\""), QStringLiteral("sh"), copy});
-    if (!started)
-        m_error = QStringLiteral("dpkg cannot be started");
-    return started;
+    check.close();
+
+    QStringList command = dpkgCommand(copy);
+    const bool underSystemd = QFileInfo(m_systemdRunDir).isDir();
+    bool started;
+    if (underSystemd) {
+        started = startUnderSystemd(command);
+    } else {
+        // dpkg may replace the client, which waits for nothing.
+        const QString program = command.takeFirst();
+        started = QProcess::startDetached(program, command);
+        if (!started)
+            m_error = QStringLiteral("dpkg cannot be started");
+    }
+    if (!started) {
+        QFile::remove(copy);
+        return false;
+    }
+    qInfo().noquote() << "update: dpkg started"
+                      << (underSystemd ? QStringLiteral("as unit %1").arg(UnitName) : QStringLiteral("detached"))
+                      << (m_dpkgRoot.isEmpty() ? QString() : QStringLiteral("in root %1").arg(m_dpkgRoot));
+    return true;
 }

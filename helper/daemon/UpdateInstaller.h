@@ -1,18 +1,30 @@
 #pragma once
 
+#include "HelperPaths.h"
+
 #include <QString>
+#include <QStringList>
 
 // Installs an update package with dpkg in the background. The package is copied to the state
 // directory first, so what dpkg installs is what was checked.
+//
+// The package's postinst restarts this daemon. Under systemd, stopping the daemon's unit kills
+// every process in its control group, so dpkg runs as a transient unit of its own there
+// (systemd-run); elsewhere it is started detached.
 class UpdateInstaller
 {
 public:
-    explicit UpdateInstaller(const QString& stateDir);
+    explicit UpdateInstaller(const QString& stateDir, const HelperPaths& paths = HelperPaths::fromEnvironment());
 
     bool install(const QString& path, qint64 callerUid);
     QString error() const { return m_error; }
 
 private:
+    QStringList dpkgCommand(const QString& package) const;
+    bool startUnderSystemd(const QStringList& command);
+
     QString m_stateDir;
+    QString m_systemdRunDir;
+    QString m_dpkgRoot;
     QString m_error;
 };

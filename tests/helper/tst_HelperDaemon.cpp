@@ -1,5 +1,6 @@
 // The daemon as a process: the wire protocol, the refusals, and what the accepted requests do.
-// OpenVPN, nft and dpkg are stand-ins first on PATH here; the real ones run in the e2e test.
+// OpenVPN and nft are stand-ins first on PATH here; the real ones run in the e2e test. The update
+// command has tests of its own (tst_UpdateInstall).
 
 #include "WireClient.h"
 
@@ -44,7 +45,6 @@ private slots:
     void answersQuestions();
     void timezoneChangeAndRestore();
     void startsOpenVpnWithTheCheckedConfiguration();
-    void installsAPackageInTheBackground();
     void firewallTouchesOnlyItsOwnTable();
     void silentClientDoesNotStallOthers();
     void firewallComesBackAfterARestart();
@@ -77,9 +77,6 @@ void tst_HelperDaemon::initTestCase()
                           .arg(path(QStringLiteral("openvpn.calls")))
                           .toUtf8(),
                       program));
-    QVERIFY(writeFile(path(QStringLiteral("bin/dpkg")),
-                      QStringLiteral("#!/bin/sh\necho \"$*\" > %1\n").arg(path(QStringLiteral("dpkg.calls"))).toUtf8(),
-                      program));
     QVERIFY(writeFile(
         path(QStringLiteral("bin/nft")),
         QStringLiteral("#!/bin/sh\necho \"$*\" >> %1\ncat >> %1\n").arg(path(QStringLiteral("nft.calls"))).toUtf8(),
@@ -95,12 +92,6 @@ void tst_HelperDaemon::initTestCase()
     QVERIFY(::chown(QFile::encodeName(path(QStringLiteral("foreign.ovpn"))).constData(), 65534, 65534) == 0
             || getuid() != 0);
     QVERIFY(QFile::link(path(QStringLiteral("good.ovpn")), path(QStringLiteral("link.ovpn"))));
-    QVERIFY(writeFile(path(QStringLiteral("update.deb")),
-                      "!<arch>\ndebian-binary   1342943816  0     0     100644  4\n",
-                      privateFile));
-    QVERIFY(writeFile(path(QStringLiteral("fake.deb")), "#!/bin/sh\nrm -rf /\n", privateFile));
-    QVERIFY(writeFile(path(QStringLiteral("update.sh")), "!<arch>\ndebian-binary\n", privateFile));
-    QVERIFY(QFile::link(path(QStringLiteral("update.deb")), path(QStringLiteral("link.deb"))));
 
     m_port = WireClient::freePort();
     startDaemon();
@@ -187,10 +178,6 @@ void tst_HelperDaemon::refusesAttacks_data()
         << WireClient::openVpn(WireClient::openVpnArguments(m_dir.path(), 40000));
     QTest::newRow("openvpn config is a device")
         << WireClient::openVpn(WireClient::openVpnArguments(QStringLiteral("/dev/zero"), 40000));
-    QTest::newRow("update that is not a .deb") << WireClient::update(path(QStringLiteral("update.sh")));
-    QTest::newRow("update .deb that is no package") << WireClient::update(path(QStringLiteral("fake.deb")));
-    QTest::newRow("update .deb through a link") << WireClient::update(path(QStringLiteral("link.deb")));
-    QTest::newRow("update with a relative path") << WireClient::update(QStringLiteral("update.deb"));
     QTest::newRow("firewall address that is no address")
         << WireClient::firewall(1,
                                 QStringLiteral("127.0.0.1;1.2.3.4 } ; flush ruleset"),
@@ -267,14 +254,6 @@ void tst_HelperDaemon::startsOpenVpnWithTheCheckedConfiguration()
     QFile conf(QFile::decodeName(copy));
     QVERIFY(conf.open(QIODevice::ReadOnly));
     QCOMPARE(conf.permissions() & (QFileDevice::ReadOther | QFileDevice::ReadGroup), QFileDevice::Permissions());
-}
-
-void tst_HelperDaemon::installsAPackageInTheBackground()
-{
-    QCOMPARE(WireClient::result(m_port, WireClient::update(path(QStringLiteral("update.deb")))), 1);
-    QTRY_VERIFY(!readAll(path(QStringLiteral("dpkg.calls"))).isEmpty());
-    QCOMPARE(readAll(path(QStringLiteral("dpkg.calls"))).trimmed(),
-             "-i " + QFile::encodeName(stateDir() + QStringLiteral("/update/update.deb")));
 }
 
 void tst_HelperDaemon::firewallTouchesOnlyItsOwnTable()

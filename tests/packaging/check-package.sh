@@ -1,13 +1,18 @@
 #!/usr/bin/env bash
 # Builds the Debian package from a build directory and checks its files, control fields,
-# maintainer scripts and lintian's verdict. Usage: check-package.sh BUILD_DIR
+# maintainer scripts and lintian's verdict. Usage: check-package.sh BUILD_DIR [PACKAGE_DIR]
+# With PACKAGE_DIR, the package that build-package.sh already put there is checked instead.
 set -euo pipefail
+here="$(cd "$(dirname "$0")" && pwd)"
 build="$1"
 out="$(mktemp -d)"
 trap 'rm -rf "$out"' EXIT
 
-(cd "$build" && cpack -G DEB -B "$out" >/dev/null)
-deb="$(ls "$out"/tavrin_*_amd64.deb)"
+if [ $# -ge 2 ]; then
+    deb="$(ls "$2"/tavrin_*_amd64.deb)"
+else
+    deb="$("$here/build-package.sh" "$build" "$out/deb")"
+fi
 failures=0
 fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
 
