@@ -5,14 +5,18 @@
 #include <QDomDocument>
 #include <QHash>
 #include <QMutexLocker>
+#include <QStringView>
 #include <QUrl>
 #include <QUrlQuery>
 
+#include "AnswerReader.h"
 #include "Constants.h"
 #include "GetManager.h"
 #include "LocalSettings.h"
 #include "PingManager.h"
+#include "ServerLines.h"
 #include "ServiceUrls.h"
+#include "SharedValues.h"
 
 NetworkManager* NetworkManager::_self = nullptr;
 
@@ -21,23 +25,32 @@ const int channelTimeoutMs = 10000;
 const QString trueText = QStringLiteral("true");
 const QString userLineSeparator = QStringLiteral("||");
 
-QByteArray decodeBytes(const QString& base64)
+QByteArray decodeBytes(QStringView base64)
 {
     return QByteArray::fromBase64(base64.toLatin1());
 }
 
-QString decodeText(const QString& base64)
+QString decodeText(QStringView base64)
 {
     return QString::fromUtf8(decodeBytes(base64));
 }
 
 // A port list whose first item is "0" means "none". Empty parts are kept, so an absent attribute gives [""].
-QStringList decodePorts(const QString& base64)
+QStringList decodePorts(QStringView base64)
 {
     QStringList ports = decodeText(base64).split(QLatin1Char(','), Qt::KeepEmptyParts);
     if (ports.first() == QLatin1String("0"))
         ports.clear();
     return ports;
+}
+
+// Later parts of the same name overwrite earlier ones; anything but `ver` and `link` is ignored.
+void takeUpdatePart(QPair<QString, QString>* update, const QString& name, const QString& text)
+{
+    if (name == QLatin1String("ver"))
+        update->first = decodeText(text);
+    else if (name == QLatin1String("link"))
+        update->second = decodeText(text);
 }
 
 QDomElement documentElement(const QByteArray& body)
@@ -48,6 +61,44 @@ QDomElement documentElement(const QByteArray& body)
     return doc.documentElement();
 }
 } // namespace
+
+// Turns the attributes of one `vpn` element into a server record. The values that repeat from server to server are
+// decoded once and then shared, which makes a list of thousands of servers a fraction of the work and memory.
+class NetworkManager::ServerDecoder
+{
+public:
+    // `attribute` gives the raw value of an attribute by name, empty when missing.
+    template <typename Attribute>
+    ServerInfo server(Attribute attribute, QMap<QString, Subscription>& subscriptions)
+    {
+        ServerInfo server;
+        server.name = decodeText(attribute(QLatin1String("name")));
+        server.title = server.name;
+        server.ip = decodeText(attribute(QLatin1String("ip")));
+        server.tcpPorts = m_ports.value(attribute(QLatin1String("tcp")), decodePorts);
+        server.udpPorts = m_ports.value(attribute(QLatin1String("udp")), decodePorts);
+        server.sslPort = m_numbers.value(attribute(QLatin1String("ssl")), decodeNumber);
+        server.flag = m_texts.value(attribute(QLatin1String("flag")), decodeText);
+        server.user = m_texts.value(attribute(QLatin1String("user")), decodeText);
+        // `dns` is sent but not used.
+        const bool twoHops = m_numbers.value(attribute(QLatin1String("group")), decodeNumber) == 2;
+        server.type = twoHops ? ServerInfo::Double : ServerInfo::Standart;
+        server.sni = m_texts.value(attribute(QLatin1String("sni")), decodeText);
+        // Inserting lookup: a login whose `file` has not come yet gets an empty entry and an empty password.
+        server.password = subscriptions[server.user].password();
+        server.ping = 0;
+        server.favorite = false;
+        server.protocol = OpenVpnUdp;
+        return server;
+    }
+
+private:
+    static int decodeNumber(QStringView base64) { return decodeText(base64).toInt(); }
+
+    SharedValues<QString> m_texts;
+    SharedValues<QStringList> m_ports;
+    SharedValues<int> m_numbers;
+};
 
 NetworkManager* NetworkManager::instance()
 {
@@ -167,24 +218,8 @@ void NetworkManager::getBuyLinkRequest(QString login)
 ServerInfo NetworkManager::parseServer(QDomNode* node)
 {
     const QDomElement e = node->toElement();
-    ServerInfo server;
-    server.name = decodeText(e.attribute(QStringLiteral("name")));
-    server.title = server.name;
-    server.ip = decodeText(e.attribute(QStringLiteral("ip")));
-    server.tcpPorts = decodePorts(e.attribute(QStringLiteral("tcp")));
-    server.udpPorts = decodePorts(e.attribute(QStringLiteral("udp")));
-    server.sslPort = decodeText(e.attribute(QStringLiteral("ssl"))).toInt();
-    server.flag = decodeText(e.attribute(QStringLiteral("flag")));
-    server.user = decodeText(e.attribute(QStringLiteral("user")));
-    const bool twoHops = decodeText(e.attribute(QStringLiteral("group"))).toInt() == 2;
-    server.type = twoHops ? ServerInfo::Double : ServerInfo::Standart;
-    server.sni = decodeText(e.attribute(QStringLiteral("sni")));
-    // Inserting lookup: a login whose `file` has not come yet gets an empty entry and an empty password.
-    server.password = m_subscriptions[server.user].password();
-    server.ping = 0;
-    server.favorite = false;
-    server.protocol = OpenVpnUdp;
-    return server;
+    ServerDecoder decoder;
+    return decoder.server([&e](QLatin1String name) { return e.attribute(name); }, m_subscriptions);
 }
 
 QPair<QString, QString> NetworkManager::parseUpdate(QDomNode* first)
@@ -192,39 +227,38 @@ QPair<QString, QString> NetworkManager::parseUpdate(QDomNode* first)
     QPair<QString, QString> update;
     for (QDomNode node = *first; !node.isNull(); node = node.nextSibling()) {
         const QDomElement e = node.toElement();
-        if (e.tagName() == QLatin1String("ver"))
-            update.first = decodeText(e.text());
-        else if (e.tagName() == QLatin1String("link"))
-            update.second = decodeText(e.text());
+        takeUpdatePart(&update, e.tagName(), e.text());
     }
     return update;
 }
 
-bool NetworkManager::applyAccountElement(const QDomElement& e, bool* firstServer)
+bool NetworkManager::applyAccountElement(const AnswerReader& answer, ServerDecoder* decoder, bool* firstServer)
 {
-    const QString tag = e.tagName();
+    const QString& tag = answer.name();
+    auto attribute = [&answer](QLatin1String name) {
+        return answer.attribute(name);
+    };
     QMutexLocker lock(&m_mutex);
     if (tag == QLatin1String("vpn")) {
         if (*firstServer) {
             m_servers.clear();
             *firstServer = false;
         }
-        QDomNode node = e;
-        m_servers.append(parseServer(&node));
+        m_servers.append(decoder->server(attribute, m_subscriptions));
     } else if (tag == QLatin1String("cert")) {
-        m_certificates[decodeText(e.attribute(QStringLiteral("user")))] = decodeBytes(e.text());
+        m_certificates[decodeText(attribute(QLatin1String("user")))] = decodeBytes(answer.text());
     } else if (tag == QLatin1String("key")) {
-        m_keys[decodeText(e.attribute(QStringLiteral("user")))] = decodeBytes(e.text());
+        m_keys[decodeText(attribute(QLatin1String("user")))] = decodeBytes(answer.text());
     } else if (tag == QLatin1String("config")) {
-        m_config = decodeBytes(e.text());
+        m_config = decodeBytes(answer.text());
     } else if (tag == QLatin1String("file")) {
         // Of several `file` elements before the first `vpn`, only the last survives; later ones accumulate.
         if (*firstServer)
             m_subscriptions.clear();
-        const QString user = decodeText(e.attribute(QStringLiteral("user")));
-        const QString pass = decodeText(e.attribute(QStringLiteral("pass")));
+        const QString user = decodeText(attribute(QLatin1String("user")));
+        const QString pass = decodeText(attribute(QLatin1String("pass")));
         // A 32-bit count, as the service has always sent it: no number, or one past 2038, gives 1970.
-        const quint32 expiry = quint32(decodeText(e.attribute(QStringLiteral("exp"))).toInt());
+        const quint32 expiry = quint32(decodeText(attribute(QLatin1String("exp"))).toInt());
         m_subscriptions[user] = Subscription(user, pass, QDateTime::fromSecsSinceEpoch(qint64(expiry)));
     } else {
         return false;
@@ -239,33 +273,34 @@ void NetworkManager::startPing()
 
 bool NetworkManager::applySignInAnswer(const QByteArray& body, bool* lite)
 {
+    AnswerReader answer(body);
+    ServerDecoder decoder;
     bool firstServer = true;
-    const QDomElement root = documentElement(body);
-    for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        const QDomElement e = node.toElement();
-        const QString tag = e.tagName();
+    while (answer.next()) {
+        const QString& tag = answer.name();
         if (tag == QLatin1String("ver")) {
-            if (decodeText(e.text()) != trueText) {
+            if (decodeText(answer.text()) != trueText) {
                 emit auth(BadVersion, QString());
                 return false;
             }
-            *lite = e.attribute(QStringLiteral("type")) == QLatin1String("lite");
+            *lite = answer.attribute(QLatin1String("type")) == QLatin1String("lite");
         } else if (tag == QLatin1String("auth")) {
-            if (decodeText(e.text()) != trueText) {
+            if (decodeText(answer.text()) != trueText) {
                 emit auth(WrongLogin, QString());
                 return false;
             }
         } else if (tag == QLatin1String("upgrade")) {
-            QDomNode first = e.firstChild();
-            const QPair<QString, QString> update = parseUpdate(&first);
+            QPair<QString, QString> update;
+            for (const AnswerReader::Part& part : answer.parts())
+                takeUpdatePart(&update, part.name, part.text);
             m_updateVersion = update.first;
             m_updateLink = update.second;
         } else if (tag == QLatin1String("error")) {
-            const QString text = decodeText(e.text());
+            const QString text = decodeText(answer.text());
             emit auth(text == QLatin1String("nosub") ? NoSubscription : NetworkFailure, text);
             return false;
         } else {
-            applyAccountElement(e, &firstServer);
+            applyAccountElement(answer, &decoder, &firstServer);
         }
     }
     return true;
@@ -274,10 +309,11 @@ bool NetworkManager::applySignInAnswer(const QByteArray& body, bool* lite)
 void NetworkManager::applyServerListAnswer(const QByteArray& body)
 {
     // Version, credentials and subscription were settled at sign-in; a refresh only takes the account data.
+    AnswerReader answer(body);
+    ServerDecoder decoder;
     bool firstServer = true;
-    const QDomElement root = documentElement(body);
-    for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling())
-        applyAccountElement(node.toElement(), &firstServer);
+    while (answer.next())
+        applyAccountElement(answer, &decoder, &firstServer);
 }
 
 void NetworkManager::slotAuthFinished()
@@ -288,8 +324,8 @@ void NetworkManager::slotAuthFinished()
         emit auth(NetworkFailure, authGet->errorString);
         return;
     }
-    // The document is gone and the cache saved before the pings start: a long list means many ping processes,
-    // and freeing a large tree or building the cache text while they fork is many times slower.
+    // The cache is saved before the pings start: a long list means thousands of ping processes, and building the
+    // cache text while they start is slower.
     bool lite = true;
     if (!applySignInAnswer(authGet->data, &lite))
         return;
@@ -502,7 +538,7 @@ void NetworkManager::saveCachedData()
     QStringList lines;
     lines.reserve(m_servers.size());
     for (const ServerInfo& server : qAsConst(m_servers))
-        lines.append(server);
+        lines.append(ServerLines::line(server));
     store->setValue(Keys::CachedServers, lines);
     store->setValue(Keys::CachedConfig, m_config);
     store->setValue(Keys::CachedCertif, cacheMapToArray(m_certificates));
@@ -524,8 +560,11 @@ void NetworkManager::loadCachedData()
     }
     m_servers.clear();
     // The reset text reads back as one empty line, and so as one default record until the next answer.
-    for (const QString& line : store->value(Keys::CachedServers).toStringList())
-        m_servers.append(ServerInfo(line));
+    const QStringList lines = store->value(Keys::CachedServers).toStringList();
+    m_servers.reserve(lines.size());
+    ServerLines reader;
+    for (const QString& line : lines)
+        m_servers.append(reader.server(line));
     startPing();
 }
 

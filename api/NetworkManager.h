@@ -15,9 +15,9 @@
 #include "ServerInfo.h"
 #include "Subscription.h"
 
+class AnswerReader;
 class GetManager;
 class PingManager;
-class QDomElement;
 class QDomNode;
 class QUrl;
 
@@ -87,12 +87,14 @@ public slots:
     void onRequestGetBuyLinkFinished();
 
 private:
+    class ServerDecoder;
+
     NetworkManager();
     ~NetworkManager() override;
 
     QUrl serviceUrl(const QList<QPair<QString, QString>>& items) const;
     // Applies the account elements that sign-in and the list refresh share; false for any other element.
-    bool applyAccountElement(const QDomElement& element, bool* firstServer);
+    bool applyAccountElement(const AnswerReader& answer, ServerDecoder* decoder, bool* firstServer);
     // Walks a sign-in answer; false when an element stopped it, after emitting auth() for it.
     bool applySignInAnswer(const QByteArray& body, bool* lite);
     void applyServerListAnswer(const QByteArray& body);

@@ -34,6 +34,17 @@ private:
         return lines;
     }
 
+    // Every field, port lists with their length: the text form cannot tell an empty list from one empty port.
+    static QStringList fieldsOf(const ServerInfo& s)
+    {
+        QStringList fields {s.name, s.flag, s.title, s.ip, s.user, s.password, s.groupName, s.sni};
+        for (const QStringList* ports : {&s.tcpPorts, &s.udpPorts})
+            fields << QString::number(ports->size()) + QLatin1Char(':') + ports->join(QLatin1Char('|'));
+        for (int number : {s.ping, int(s.favorite), s.sslPort, int(s.type), int(s.protocol)})
+            fields << QString::number(number);
+        return fields;
+    }
+
     static QStringList subscriptionLines(NetworkManager* nm)
     {
         QStringList lines;
@@ -114,6 +125,39 @@ private slots:
         QCOMPARE(lines.size(), 1);
         QCOMPARE(ServerInfo(lines.at(0)).name, QString());
         QCOMPARE(lines.at(0), QString(ServerInfo(QString())));
+    }
+
+    void serverLinesReadAndWrittenAsTheRecordDoes_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::newRow("all thirteen fields")
+            << QStringLiteral("Oslo;no;Oslo;192.0.2.1;1;vpn1;pw;80.443;1194;4;443;2;sni.x");
+        QTest::newRow("title apart from the name") << QStringLiteral("Oslo;no;Oslo 2;192.0.2.1;0;vpn1;pw;80;53;5;0;1;");
+        QTest::newRow("ten fields") << QStringLiteral("a;b;c;d;0;vpn1;g;;;6");
+        QTest::newRow("eleven fields, empty port parts kept") << QStringLiteral("a;b;c;d;x;vpn1;g;1..2;.;6;77");
+        QTest::newRow("twelve fields, signed numbers") << QStringLiteral("a;b;c;d;-1;vpn1;g;1;2;-3;+4;-5");
+        QTest::newRow("fields past the thirteenth are dropped")
+            << QStringLiteral("a;b;c;d;1;vpn1;g;1;2;4;5;2;sni;extra;more");
+        QTest::newRow("nine fields are a default record") << QStringLiteral("a;b;c;d;1;vpn1;g;1;2");
+        QTest::newRow("empty line is a default record") << QString();
+        QTest::newRow("placeholders in texts are filled by later fields")
+            << QStringLiteral("a%12b;%1;c%13;d;1;vpn1;p%2w;80;9;4;5;2;%11");
+        QTest::newRow("placeholder in a port") << QStringLiteral("a;b;c;d;1;vpn1;pw;8%1;9;4;5;2;s");
+    }
+    void serverLinesReadAndWrittenAsTheRecordDoes()
+    {
+        QFETCH(QString, line);
+        auto store = LocalSettings::instance();
+        store->setValue(Keys::CachedServers, QStringList {line});
+        const ServerInfo expected(line);
+        store->setValue(Keys::VpnLogin, QStringLiteral("vpn1"));
+        NetworkManager* nm = restart();
+        const QVector<ServerInfo> loaded = nm->servers();
+        QCOMPARE(loaded.size(), expected.user.isEmpty() ? 0 : 1);
+        if (!loaded.isEmpty())
+            QCOMPARE(fieldsOf(loaded.at(0)), fieldsOf(expected));
+        NetworkManager::resetInstance();
+        QCOMPARE(LocalSettings::instance()->value(Keys::CachedServers).toStringList(), QStringList {expected});
     }
 
     void userLines_data()

@@ -1,0 +1,116 @@
+#include <QtTest>
+
+#include <QDomDocument>
+
+#include "AnswerReader.h"
+
+namespace {
+const char* const attributeNames[] = {"name", "user", "type", "a:b"};
+
+// One line per child of the document element as the walk over a parsed document saw it.
+QStringList treeWalk(const QByteArray& body)
+{
+    QDomDocument doc(QStringLiteral("request"));
+    doc.setContent(body);
+    QStringList children;
+    for (QDomNode node = doc.documentElement().firstChild(); !node.isNull(); node = node.nextSibling()) {
+        const QDomElement e = node.toElement();
+        if (e.isNull())
+            continue;
+        QString line = e.tagName() + QLatin1Char('|');
+        for (const char* name : attributeNames) {
+            if (e.hasAttribute(QLatin1String(name)))
+                line += QLatin1String(name) + QLatin1Char('=') + e.attribute(QLatin1String(name)) + QLatin1Char(' ');
+        }
+        line += QLatin1Char('|') + e.text() + QLatin1Char('|');
+        for (QDomElement part = e.firstChildElement(); !part.isNull(); part = part.nextSiblingElement())
+            line += part.tagName() + QLatin1Char('=') + part.text() + QLatin1Char(' ');
+        children << line;
+    }
+    return children;
+}
+
+QStringList streamWalk(const QByteArray& body)
+{
+    AnswerReader answer(body);
+    QStringList children;
+    while (answer.next()) {
+        QString line = answer.name() + QLatin1Char('|');
+        for (const char* name : attributeNames) {
+            const QStringRef value = answer.attribute(QLatin1String(name));
+            if (!value.isNull())
+                line += QLatin1String(name) + QLatin1Char('=') + value + QLatin1Char(' ');
+        }
+        line += QLatin1Char('|') + answer.text() + QLatin1Char('|');
+        for (const AnswerReader::Part& part : answer.parts())
+            line += part.name + QLatin1Char('=') + part.text + QLatin1Char(' ');
+        children << line;
+    }
+    return children;
+}
+} // namespace
+
+// The streaming walk of the large answers against the walk over a parsed document that it replaces.
+class TestAnswerReader : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void sameChildrenAsTheTree_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        // Children at the end that the tree kept although a parse error cut them short.
+        QTest::addColumn<int>("cutShort");
+        QTest::newRow("any root name, prolog and doctype")
+            << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?><!-- service --><?pi x?>"
+                          "<!DOCTYPE answer SYSTEM \"answer.dtd\"><answer><ver type=\"lite\">dHJ1ZQ==</ver></answer>")
+            << 0;
+        QTest::newRow("entities in text and attributes")
+            << QByteArray("<r><cert user=\"a&amp;b&#65;\">x&lt;y&#x41;&gt;&quot;&apos;</cert></r>") << 0;
+        QTest::newRow("entities declared in the doctype") << QByteArray(
+            "<!DOCTYPE r [<!ENTITY t \"dHJ1ZQ==\"><!ENTITY v \"<vpn name='e'/>\">]><r><auth>&t;</auth>&v;</r>")
+                                                          << 0;
+        QTest::newRow("attribute defaults of the doctype are not the element's")
+            << QByteArray("<!DOCTYPE r [<!ATTLIST vpn user CDATA \"def\">]><r><vpn name=\"a\"/></r>") << 0;
+        QTest::newRow("CDATA is text") << QByteArray("<r><config><![CDATA[abc<def>]]>ghi<![CDATA[ ]]></config></r>")
+                                       << 0;
+        QTest::newRow("comments and instructions between and inside children")
+            << QByteArray("<r><!--c--><?pi x?><auth>a<!-- x -->b<?p?>c</auth>loose text<!--y--><key/></r>") << 0;
+        QTest::newRow("unknown children with nested elements are passed whole")
+            << QByteArray("<r><unknown><vpn name=\"no\"/><deeper><x>t</x></deeper></unknown><vpn name=\"yes\"/></r>")
+            << 0;
+        QTest::newRow("text split by child elements") << QByteArray("<r><cert>ab<b>cd<i>ef</i></b>gh</cert></r>") << 0;
+        QTest::newRow("whitespace between markup is no text") << QByteArray(
+            "<r>\n  <key>\n  a \n </key>\n  <upgrade>\n <ver> MS4w </ver>\n <link>bA==</link>\n</upgrade></r>")
+                                                              << 0;
+        QTest::newRow("update offer parts") << QByteArray(
+            "<r><upgrade>x<ver>MS4w</ver><!--c--><link>bA==<y>QQ==</y></link><ver>Mi4w</ver></upgrade></r>")
+                                            << 0;
+        QTest::newRow("prefixed names are taken as written")
+            << QByteArray("<a:r xmlns:a=\"urn:x\"><a:vpn a:b=\"1\" name=\"n\"/><b:vpn/></a:r>") << 0;
+        QTest::newRow("a document of the root alone") << QByteArray("<r/>") << 0;
+        QTest::newRow("not XML") << QByteArray("<html>Service unavailable") << 0;
+        QTest::newRow("empty body") << QByteArray() << 0;
+        QTest::newRow("UTF-16 with byte order mark")
+            << QByteArray("\xff\xfe<\0r\0>\0<\0k\0/\0>\0<\0/\0r\0>\0", 20) << 0;
+        QTest::newRow("truncated between children") << QByteArray("<r><config>YWJj</config><vpn name=\"x\"/>") << 0;
+        QTest::newRow("truncated in a start tag") << QByteArray("<r><config>YWJj</config><vpn name=\"x\" ip=") << 0;
+        QTest::newRow("truncated in a text") << QByteArray("<r><config>YWJj</config><cert>ZGVm") << 1;
+        QTest::newRow("truncated in an end tag") << QByteArray("<r><config>YWJj</config><cert>ZGVm</ce") << 1;
+        QTest::newRow("truncated in a nested element")
+            << QByteArray("<r><config>YWJj</config><upgrade><ver>MS4w</ver><link>bA") << 1;
+        QTest::newRow("mismatched end tag") << QByteArray("<r><key>a</key><cert>b</key><vpn/></r>") << 1;
+    }
+    void sameChildrenAsTheTree()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(int, cutShort);
+        QStringList expected = treeWalk(body);
+        // A child that an error cuts short is dropped, together with everything after it.
+        expected.erase(expected.end() - cutShort, expected.end());
+        QCOMPARE(streamWalk(body), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAnswerReader)
+#include "tst_AnswerReader.moc"
