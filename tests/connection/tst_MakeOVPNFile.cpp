@@ -6,15 +6,18 @@ Q_DECLARE_METATYPE(ConfigServer)
 
 namespace {
 
-QByteArray readData(const QString& name)
+QByteArray readFile(const QString& path)
 {
-    QFile file(QStringLiteral(TEST_DATA "/ovpn/") + name);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing test data %s", qPrintable(name));
-    return file.readAll();
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
 }
 
-ConfigServer server(const QString& protocol, const QStringList& ports, const QString& templateName)
+QByteArray readData(const QString& name)
+{
+    return readFile(QStringLiteral(TEST_DATA "/ovpn/") + name);
+}
+
+ConfigServer server(const QString& protocol, const QStringList& ports = {"1194", "1195", "1196"})
 {
     ConfigServer config;
     config.protocol = protocol;
@@ -22,15 +25,9 @@ ConfigServer server(const QString& protocol, const QStringList& ports, const QSt
     config.ip = QStringLiteral("10.20.30.40");
     config.cert = readData(QStringLiteral("client.crt"));
     config.key = readData(QStringLiteral("client.key"));
-    config.config = readData(templateName);
+    config.config = readData(QStringLiteral("template-lf.conf"));
     config.stunnelPort = 40123;
     return config;
-}
-
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
 }
 
 } // namespace
@@ -45,44 +42,38 @@ private slots:
         QTest::addColumn<bool>("stealth");
         QTest::addColumn<ConfigServer>("config");
         QTest::addColumn<QString>("expected");
-
-        const QStringList udpPorts {"1194", "1195", "1196"};
         QTest::newRow("udp: one remote line per port, udp markers active, upper case left")
-            << false << server("udp", udpPorts, "template-lf.conf") << "expected-udp.ovpn";
+            << false << server("udp") << "expected-udp.ovpn";
         QTest::newRow("tcp: tcp markers active, udp and stealth stay comments")
-            << false << server("tcp", {"443"}, "template-lf.conf") << "expected-tcp.ovpn";
+            << false << server("tcp", {"443"}) << "expected-tcp.ovpn";
+        ConfigServer crlf = server("udp");
+        crlf.config = readData(QStringLiteral("template-crlf.conf"));
         QTest::newRow("carriage-return template keeps its carriage returns")
-            << false << server("udp", udpPorts, "template-crlf.conf") << "expected-udp-crlf.ovpn";
+            << false << crlf << "expected-udp-crlf.ovpn";
         QTest::newRow("empty port list writes no remote line")
-            << false << server("tcp", {}, "template-lf.conf") << "expected-tcp-no-ports.ovpn";
-        ConfigServer withZero = server("udp", udpPorts, "template-lf.conf");
+            << false << server("tcp", {}) << "expected-tcp-no-ports.ovpn";
+        ConfigServer withZero = server("udp");
         withZero.config.append('\0').append("#udp after the zero byte\n");
         QTest::newRow("template ends at its first zero byte") << false << withZero << "expected-udp.ovpn";
         QTest::newRow("stealth: local remote, tcp and stealth markers, server route, no final line end")
-            << true << server("udp", udpPorts, "template-lf.conf") << "expected-stealth.ovpn";
+            << true << server("udp") << "expected-stealth.ovpn";
     }
     void generatesExpectedFile()
     {
         QFETCH(bool, stealth);
         QFETCH(ConfigServer, config);
         QFETCH(QString, expected);
-
-        MakeOVPNFile file;
-        QVERIFY(file.configFileName.isEmpty());
-        const bool result = stealth ? file.generateStunnel(config) : file.generate(config);
-        QVERIFY(result);
-        QVERIFY(file.generated);
-        QVERIFY(!file.configFileName.isEmpty());
-        QCOMPARE(contents(file.configFileName), readData(expected));
-    }
-
-    void keyFileIsOwnerOnly()
-    {
-        MakeOVPNFile file;
-        QVERIFY(file.generate(server("udp", {"1194"}, "template-lf.conf")));
-        const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
-            | QFile::WriteOther | QFile::ExeOther;
-        QCOMPARE(QFileInfo(file.configFileName).permissions() & others, QFile::Permissions());
+        QString path;
+        {
+            MakeOVPNFile file;
+            QVERIFY(stealth ? file.generateStunnel(config) : file.generate(config));
+            QVERIFY(file.generated);
+            path = file.configFileName;
+            QCOMPARE(readFile(path), readData(expected));
+            // The file holds the private key: nobody but the user may read it.
+            QCOMPARE(QFileInfo(path).permissions() & 0x00FF, QFile::Permissions());
+        }
+        QVERIFY(!QFile::exists(path)); // the file goes with the object
     }
 
     void regeneratingLeavesNoTail_data()
@@ -96,39 +87,23 @@ private slots:
     {
         QFETCH(bool, secondStealth);
         QFETCH(QString, expected);
-
         MakeOVPNFile file;
-        ConfigServer longer = server("udp", {"1194", "1195", "1196"}, "template-lf.conf");
+        ConfigServer longer = server("udp");
         longer.config.append(QByteArray(4096, '#')).append('\n');
         QVERIFY(file.generate(longer));
         const QString firstPath = file.configFileName;
-
-        const ConfigServer second = secondStealth ? server("udp", {"1194", "1195", "1196"}, "template-lf.conf")
-                                                  : server("tcp", {}, "template-lf.conf");
-        QVERIFY(secondStealth ? file.generateStunnel(second) : file.generate(second));
+        QVERIFY(secondStealth ? file.generateStunnel(server("udp")) : file.generate(server("tcp", {})));
         QCOMPARE(file.configFileName, firstPath);
-        QCOMPARE(contents(file.configFileName), readData(expected));
-    }
-
-    void fileGoesWithTheObject()
-    {
-        QString path;
-        {
-            MakeOVPNFile file;
-            QVERIFY(file.generate(server("udp", {"1194"}, "template-lf.conf")));
-            path = file.configFileName;
-            QVERIFY(QFile::exists(path));
-        }
-        QVERIFY(!QFile::exists(path));
+        QCOMPARE(readFile(file.configFileName), readData(expected));
     }
 
     void unopenableFileReportsFalse()
     {
         MakeOVPNFile file;
         file.setFileTemplate(QStringLiteral("/nonexistent-directory-for-tavrin/tavrin.XXXXXX"));
-        QVERIFY(!file.generate(server("udp", {"1194"}, "template-lf.conf")));
+        QVERIFY(!file.generate(server("udp")));
         QVERIFY(!file.generated);
-        QVERIFY(!file.generateStunnel(server("udp", {"1194"}, "template-lf.conf")));
+        QVERIFY(!file.generateStunnel(server("udp")));
         QVERIFY(!file.generated);
     }
 };

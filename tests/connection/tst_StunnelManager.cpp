@@ -2,7 +2,6 @@
 
 #include "StunnelManager.h"
 
-#include <QTcpServer>
 #include <QTcpSocket>
 #include <csignal>
 
@@ -17,28 +16,20 @@ bool accepts(int port)
     return socket.waitForConnected(500);
 }
 
-int pidFromFile()
-{
-    QFile file(PidFile);
-    return file.open(QIODevice::ReadOnly) ? file.readLine().trimmed().toInt() : 0;
-}
-
-bool alive(int pid)
-{
-    return pid > 0 && ::kill(pid, 0) == 0;
-}
-
 QByteArray contents(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void writePidFile(const QByteArray& text)
+int pidFromFile()
 {
-    QFile file(PidFile);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
+    return contents(PidFile).trimmed().toInt();
+}
+
+bool alive(int pid)
+{
+    return pid > 0 && ::kill(pid, 0) == 0;
 }
 
 } // namespace
@@ -55,64 +46,38 @@ private slots:
     }
     void cleanup()
     {
+        qputenv("PATH", m_path);
         const int pid = pidFromFile();
         if (alive(pid))
             ::kill(pid, SIGTERM);
         QTRY_VERIFY(!alive(pid));
         QFile::remove(PidFile);
-        qputenv("PATH", m_path);
     }
 
     void configurationFile_data()
     {
-        QTest::addColumn<QString>("host");
         QTest::addColumn<int>("port");
         QTest::addColumn<QString>("sni");
-        QTest::newRow("server name given") << "198.51.100.7" << 443 << "cdn.example.org";
-        QTest::newRow("empty server name still written") << "198.51.100.7" << 8443 << "";
+        QTest::newRow("server name given") << 443 << "cdn.example.org";
+        QTest::newRow("empty server name still written") << 8443 << "";
     }
     void configurationFile()
     {
-        QFETCH(QString, host);
         QFETCH(int, port);
         QFETCH(QString, sni);
         StunnelManager manager;
-        QVERIFY(manager.makeConfigFile(host, port, sni));
-        const QByteArray expected = "sslVersion = all\r\n"
-                                    "socket = l:TCP_NODELAY=1\r\n"
-                                    "socket = r:TCP_NODELAY=1\r\n"
-                                    "pid =/tmp/tavrin-stunnel.pid\r\n"
-                                    "[openvpn]\r\n"
-                                    "client = yes\r\n"
-                                    "sni = "
-            + sni.toUtf8() + "\r\naccept = 127.0.0.1:" + QByteArray::number(manager.getPort())
-            + "\r\nconnect = " + host.toUtf8() + ":" + QByteArray::number(port) + "\r\n";
-        QCOMPARE(contents(manager.configFilePath()), expected);
+        QVERIFY(manager.makeConfigFile(QStringLiteral("198.51.100.7"), port, sni));
+        QCOMPARE(contents(manager.configFilePath()),
+                 QStringLiteral("sslVersion = all\r\nsocket = l:TCP_NODELAY=1\r\nsocket = r:TCP_NODELAY=1\r\n"
+                                "pid =/tmp/tavrin-stunnel.pid\r\n[openvpn]\r\nclient = yes\r\nsni = %1\r\n"
+                                "accept = 127.0.0.1:%2\r\nconnect = 198.51.100.7:%3\r\n")
+                     .arg(sni)
+                     .arg(manager.getPort())
+                     .arg(port)
+                     .toUtf8());
     }
 
-    void freePortIsFree()
-    {
-        const int port = StunnelManager::getAvailablePort();
-        QVERIFY(port > 0 && port < 65536);
-        QTcpServer server;
-        QVERIFY(server.listen(QHostAddress::LocalHost, quint16(port)));
-    }
-
-    void runsAndStopsRealStunnel()
-    {
-        StunnelManager manager;
-        manager.setConfigAndRunProcess(QStringLiteral("127.0.0.1"), 9, QStringLiteral("example.org"));
-        const int port = manager.getPort();
-        QVERIFY(port > 0);
-        QTRY_VERIFY_WITH_TIMEOUT(accepts(port), 10000);
-        QTRY_VERIFY(alive(pidFromFile()));
-        const int pid = pidFromFile();
-
-        manager.killProcess();
-        QTRY_VERIFY_WITH_TIMEOUT(!alive(pid), 10000);
-        QTRY_VERIFY(!accepts(port));
-    }
-
+    // The second manager stands for the next connection, or the next run of the program after a crash.
     void secondStartStopsTheFirst()
     {
         StunnelManager first;
@@ -121,70 +86,56 @@ private slots:
         QTRY_VERIFY(alive(pidFromFile()));
         const int firstPid = pidFromFile();
 
-        // A second manager stands for the next run of the program after a crash.
         StunnelManager second;
         second.setConfigAndRunProcess(QStringLiteral("127.0.0.1"), 9, QStringLiteral("b.example"));
         QTRY_VERIFY_WITH_TIMEOUT(!alive(firstPid), 10000);
         QTRY_VERIFY_WITH_TIMEOUT(accepts(second.getPort()), 10000);
         QTRY_VERIFY(pidFromFile() != firstPid && alive(pidFromFile()));
+        const int secondPid = pidFromFile();
+
+        second.killProcess();
+        QTRY_VERIFY_WITH_TIMEOUT(!alive(secondPid), 10000);
+        QTRY_VERIFY(!accepts(second.getPort()));
     }
 
-    void invalidPidKillsNothing_data()
+    void killUsesThePidFile_data()
     {
-        QTest::addColumn<QByteArray>("pidText");
-        QTest::addColumn<bool>("writeFile");
-        QTest::newRow("no pid file") << QByteArray() << false;
-        QTest::newRow("empty pid file") << QByteArray() << true;
-        QTest::newRow("text instead of a number") << QByteArray("stunnel\n") << true;
-        QTest::newRow("zero") << QByteArray("0\n") << true;
-        QTest::newRow("negative") << QByteArray("-5\n") << true;
+        QTest::addColumn<QByteArray>("pidText"); // null: no pid file
+        QTest::addColumn<QByteArray>("killArguments"); // empty: "kill" is not run
+        QTest::newRow("no pid file") << QByteArray() << QByteArray();
+        QTest::newRow("empty pid file") << QByteArray("") << QByteArray();
+        QTest::newRow("text instead of a number") << QByteArray("stunnel\n") << QByteArray();
+        QTest::newRow("zero") << QByteArray("0\n") << QByteArray();
+        QTest::newRow("negative") << QByteArray("-5\n") << QByteArray();
+        QTest::newRow("valid pid") << QByteArray("424242\n") << QByteArray("424242\n");
     }
-    void invalidPidKillsNothing()
+    void killUsesThePidFile()
     {
         QFETCH(QByteArray, pidText);
-        QFETCH(bool, writeFile);
-        QFile::remove(PidFile);
-        if (writeFile)
-            writePidFile(pidText);
-        const QString log = installFakeKill();
-        StunnelManager manager;
-        QTest::ignoreMessage(QtDebugMsg, "Can't kill stunnel. Invalid pid.");
-        manager.killProcess();
-        QVERIFY(!QFile::exists(log));
-        QFile::remove(PidFile);
-        QTest::ignoreMessage(QtDebugMsg, "Can't kill stunnel. Invalid pid.");
-    }
+        QFile pidFile(PidFile);
+        pidFile.remove();
+        if (!pidText.isNull()) {
+            QVERIFY(pidFile.open(QIODevice::WriteOnly));
+            pidFile.write(pidText);
+            pidFile.close();
+        }
+        // A "kill" first on PATH that only writes its arguments down.
+        const QString log = m_bin.path() + QStringLiteral("/kill.args");
+        QFile script(m_bin.path() + QStringLiteral("/kill"));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write(QStringLiteral("#!/bin/sh\necho \"$@\" > '%1'\n").arg(log).toUtf8());
+        script.close();
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile::remove(log);
+        qputenv("PATH", m_bin.path().toUtf8() + ':' + m_path);
 
-    void validPidRunsKill()
-    {
-        writePidFile("424242\n");
-        const QString log = installFakeKill();
         StunnelManager manager;
-        manager.killProcess();
-        // killProcess waits for "kill": the arguments are there once it returns.
-        QCOMPARE(contents(log), QByteArray("424242\n"));
-        QFile::remove(PidFile);
-        QTest::ignoreMessage(QtDebugMsg, "Can't kill stunnel. Invalid pid.");
+        manager.killProcess(); // waits for "kill": its arguments are there once it returns
+        QTEST(contents(log), "killArguments");
+        pidFile.remove();
     }
 
 private:
-    // Puts a "kill" first on PATH that only writes its arguments down; returns that file's path.
-    QString installFakeKill()
-    {
-        const QString script = m_bin.path() + QStringLiteral("/kill");
-        const QString log = m_bin.path() + QStringLiteral("/kill.args");
-        QFile::remove(log);
-        QFile file(script);
-        if (!file.exists()) {
-            file.open(QIODevice::WriteOnly);
-            file.write(QStringLiteral("#!/bin/sh\necho \"$@\" > '%1'\n").arg(log).toUtf8());
-            file.close();
-            file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        }
-        qputenv("PATH", m_bin.path().toUtf8() + ':' + m_path);
-        return log;
-    }
-
     QTemporaryDir m_bin;
     QByteArray m_path = qgetenv("PATH");
 };
