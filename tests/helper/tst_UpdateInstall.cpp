@@ -12,6 +12,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 namespace {
@@ -254,6 +256,7 @@ void tst_UpdateInstall::prepareTarget(const QString& deb)
     const QStringList stubs {QStringLiteral("usr/bin/systemctl"),
                              QStringLiteral("usr/bin/deb-systemd-helper"),
                              QStringLiteral("usr/bin/deb-systemd-invoke"),
+                             QStringLiteral("usr/bin/systemd-run"),
                              QStringLiteral("usr/sbin/nft")};
     for (const QString& stub : stubs) {
         QVERIFY(writeFile(
@@ -285,9 +288,17 @@ void tst_UpdateInstall::prepareTarget(const QString& deb)
 void tst_UpdateInstall::installsThePackageIntoARoot_data()
 {
     QTest::addColumn<bool>("systemd");
+    QTest::addColumn<QByteArray>("cgroup"); // of the maintainer scripts, seen by postinst
+    QTest::addColumn<QByteArray>("restart");
 
-    QTest::newRow("first install, started detached") << false;
-    QTest::newRow("reinstall over it, as a transient unit") << true;
+    const QByteArray direct = "deb-systemd-invoke restart tavrin-helperd.service";
+    QTest::newRow("first install, started detached") << false << QByteArray() << direct;
+    QTest::newRow("reinstall over it, as a transient unit")
+        << true << QByteArray("0::/system.slice/tavrin-helperd-update.service\n") << direct;
+    // Restarting there at once would kill dpkg: the restart waits for dpkg in a unit of its own.
+    QTest::newRow("reinstall by an older helper, dpkg in the helper's unit")
+        << false << QByteArray("0::/system.slice/tavrin-helperd.service\n")
+        << QByteArray("systemd-run --unit=tavrin-helperd-restart --collect --quiet /bin/sh -c");
 }
 
 void tst_UpdateInstall::installsThePackageIntoARoot()
@@ -295,6 +306,8 @@ void tst_UpdateInstall::installsThePackageIntoARoot()
     if (getuid() != 0)
         QSKIP("needs root: dpkg runs the package's maintainer scripts chrooted into the throw-away root");
     QFETCH(bool, systemd);
+    QFETCH(QByteArray, cgroup);
+    QFETCH(QByteArray, restart);
     const QStringList debs = QDir(QStringLiteral(TAVRIN_PACKAGE_DIR)).entryList({QStringLiteral("tavrin_*_amd64.deb")});
     QVERIFY2(debs.size() == 1, "no package in " TAVRIN_PACKAGE_DIR ": the CTest test update_package builds it");
     const QString deb = QStringLiteral(TAVRIN_PACKAGE_DIR "/") + debs.first();
@@ -312,6 +325,9 @@ void tst_UpdateInstall::installsThePackageIntoARoot()
                       program));
     QFile::remove(target(QStringLiteral("stub-calls")));
     QFile::remove(path(QStringLiteral("unit.log")));
+    QFile::remove(target(QStringLiteral("proc/self/cgroup")));
+    if (!cgroup.isEmpty())
+        QVERIFY(writeFile(target(QStringLiteral("proc/self/cgroup")), cgroup));
     const QString package = path(QStringLiteral("download/update.deb"));
     QFile::remove(package);
     QVERIFY(QDir().mkpath(path(QStringLiteral("download"))));
@@ -343,10 +359,11 @@ void tst_UpdateInstall::installsThePackageIntoARoot()
     QVERIFY(QFileInfo(target(QStringLiteral("usr/share/tavrin/script/update-resolv-conf.sh"))).isExecutable());
     QVERIFY(readAll(target(QStringLiteral("usr/lib/systemd/system/tavrin-helperd.service")))
                 .contains("ExecStart=/usr/sbin/tavrin-helperd"));
-    // The daemon's own restart must not wait for itself.
     const QByteArray calls = stubCalls();
     QVERIFY2(calls.contains("deb-systemd-helper enable tavrin-helperd.service"), calls.constData());
-    QVERIFY2(calls.contains("systemctl --no-block restart tavrin-helperd.service"), calls.constData());
+    QVERIFY2(calls.contains(restart), calls.constData());
+    const QList<QByteArray> lines = calls.split('\n');
+    QCOMPARE(std::count_if(lines.begin(), lines.end(), [](const QByteArray& l) { return l.contains("restart"); }), 1);
 }
 
 void tst_UpdateInstall::purgeStopsTheDaemonAndDropsTheFirewall()

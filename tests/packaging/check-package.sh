@@ -37,6 +37,7 @@ done
 scripts="$(mktemp -d -p "$out")"
 dpkg-deb -e "$deb" "$scripts"
 grep -q 'deb-systemd-helper enable tavrin-helperd.service' "$scripts/postinst" || fail "postinst does not enable the unit"
+grep -q 'deb-systemd-invoke restart tavrin-helperd.service' "$scripts/postinst" || fail "postinst does not restart the unit"
 grep -q 'deb-systemd-invoke stop tavrin-helperd.service' "$scripts/prerm" || fail "prerm does not stop the unit"
 grep -q 'nft delete table inet tavrin' "$scripts/prerm" || fail "prerm leaves the firewall table"
 grep -q 'deb-systemd-helper disable tavrin-helperd.service' "$scripts/postrm" || fail "postrm does not disable the unit"
