@@ -4,8 +4,15 @@ namespace {
 const QChar fieldSeparator = QLatin1Char(';');
 const QChar portSeparator = QLatin1Char('.');
 const int fieldCount = 13;
-// The separators and the four numbers.
-const int fixedRoom = fieldCount - 1 + 4 * 11;
+
+// Length of the decimal text of n, sign included.
+int decimalLength(int n)
+{
+    int length = n < 0 ? 2 : 1;
+    for (qint64 rest = qAbs(qint64(n)); rest >= 10; rest /= 10)
+        ++length;
+    return length;
+}
 
 void appendPorts(QString* line, const QStringList& ports)
 {
@@ -29,9 +36,11 @@ QStringList toPorts(QStringView text)
 
 QString ServerLines::line(const ServerInfo& s)
 {
+    // Exactly the line's length: ten thousand lines with room to spare are a megabyte of memory to no purpose.
+    int size = fieldCount - 1 + decimalLength(int(s.favorite)) + decimalLength(int(s.protocol))
+        + decimalLength(s.sslPort) + decimalLength(int(s.type));
     // The record fills its placeholders one after the other, so a field holding a '%' may be changed by a later
     // one: such a record is left to the record's own conversion.
-    int size = fixedRoom;
     for (const QString* text : {&s.name, &s.flag, &s.title, &s.ip, &s.user, &s.password, &s.sni}) {
         if (text->contains(QLatin1Char('%')))
             return s;
@@ -43,6 +52,7 @@ QString ServerLines::line(const ServerInfo& s)
                 return s;
             size += port.size() + 1;
         }
+        size -= ports->isEmpty() ? 0 : 1;
     }
     QString line;
     line.reserve(size);
@@ -57,6 +67,7 @@ QString ServerLines::line(const ServerInfo& s)
     line.append(fieldSeparator).append(QString::number(s.sslPort));
     line.append(fieldSeparator).append(QString::number(int(s.type)));
     line.append(fieldSeparator).append(s.sni);
+    Q_ASSERT(line.size() == size);
     return line;
 }
 
