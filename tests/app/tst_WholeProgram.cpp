@@ -1,0 +1,490 @@
+// The whole program as a person uses it: the real binary under a private X server and session
+// bus, in the client namespace of the helper's end-to-end lab, with the real helper daemon and
+// OpenVPN server and the fake service. It signs in from its remembered account, is connected,
+// disconnected and quit through its tray menu as a desktop panel would, and must leave nothing
+// behind. The machine's own namespace is never changed.
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QMutex>
+#include <QNetworkInterface>
+#include <QSettings>
+#include <QTcpSocket>
+#include <QThread>
+#include <QtTest>
+
+#include "Constants.h"
+#include "FakeService.h"
+#include "e2e/E2eLab.h"
+
+namespace {
+
+const QString Location = QStringLiteral("Lab");
+const QString WatcherConnection = QStringLiteral("tavrin-e2e-panel");
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Runs a program of the lab's tools to its end; its exit code, or -1.
+int run(const QString& program, const QStringList& arguments, QByteArray* output = nullptr)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    if (!process.waitForFinished(15000) || process.exitStatus() != QProcess::NormalExit)
+        return -1;
+    if (output)
+        *output = process.readAll();
+    return process.exitCode();
+}
+
+bool pings(const QString& address)
+{
+    return run(QStringLiteral("ping"), {"-c", "2", "-i", "0.2", "-W", "1", address}) == 0;
+}
+
+bool tcpReachable(const char* address, int port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QLatin1String(address), quint16(port));
+    return socket.waitForConnected(1000);
+}
+
+// Starts a helper program that reports one line on its standard output (Xvfb its display
+// number, dbus-daemon its address) and returns that line.
+QString startReporting(QProcess& process, const QString& program, const QStringList& arguments)
+{
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    QByteArray line;
+    for (int i = 0; i < 100 && !line.contains('\n') && process.state() != QProcess::NotRunning; ++i) {
+        process.waitForReadyRead(100);
+        line += process.readAllStandardOutput();
+    }
+    return QString::fromLocal8Bit(line).trimmed();
+}
+
+void stopProcess(QProcess& process)
+{
+    if (process.state() == QProcess::NotRunning)
+        return;
+    process.terminate();
+    if (!process.waitForFinished(5000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+}
+
+bool makePrivateDir(const QString& path)
+{
+    return QDir().mkpath(path)
+        && QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+}
+
+struct MenuItem
+{
+    int id = 0;
+    QString label;
+    bool enabled = true;
+};
+
+} // namespace
+
+// The desktop panel's StatusNotifierWatcher, where the program's tray icon registers. It answers
+// on a thread of its own, so that blocking calls of the program never wait for this test.
+class PanelWatcher : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered)
+    Q_PROPERTY(int ProtocolVersion READ protocolVersion)
+    Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ items)
+
+public:
+    bool isHostRegistered() const { return true; }
+    int protocolVersion() const { return 0; }
+    QStringList items() const
+    {
+        QMutexLocker lock(&m_mutex);
+        return m_items;
+    }
+
+public slots:
+    void RegisterStatusNotifierItem(const QString& service)
+    {
+        QMutexLocker lock(&m_mutex);
+        m_items.append(service);
+    }
+    void RegisterStatusNotifierHost(const QString& service) { Q_UNUSED(service) }
+
+private:
+    mutable QMutex m_mutex;
+    QStringList m_items;
+};
+
+class TestWholeProgram : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void cleanup();
+    void connectsThroughTheTrayAndQuitsClean_data();
+    void connectsThroughTheTrayAndQuitsClean();
+
+private:
+    QString home() const { return m_root.path() + QStringLiteral("/home"); }
+    QString programTemp() const { return m_root.path() + QStringLiteral("/tmp"); }
+    QString settingsPath() const { return home() + QStringLiteral("/.config/QOLV/Tavrin.conf"); }
+    QByteArray programLog() const { return readFile(home() + QStringLiteral("/.local/share/QOLV/Tavrin/log.txt")); }
+
+    void rememberAccount(const QString& protocol, bool killSwitch);
+    void startProgram();
+    void quit();
+    QList<MenuItem> trayMenu();
+    MenuItem connectItem();
+    void clickTray(const MenuItem& item);
+    QVariantList
+    callProgram(const QString& path, const QString& interface, const QString& method, const QVariantList& args);
+
+    E2eLab m_lab;
+    QTemporaryDir m_root;
+    QScopedPointer<FakeService> m_service;
+    QProcess m_xserver;
+    QProcess m_bus;
+    QString m_display;
+    QString m_busAddress;
+    QThread m_watcherThread;
+    PanelWatcher m_watcher;
+    QScopedPointer<QDBusConnection> m_panel;
+    QProcess m_program;
+    QString m_trayService;
+    QString m_menuPath;
+    bool m_labUsed = false;
+};
+
+void TestWholeProgram::initTestCase()
+{
+    QString missing = E2eLab::missingPrerequisite();
+    for (const char* program : {"Xvfb", "dbus-daemon"}) {
+        if (missing.isEmpty() && QStandardPaths::findExecutable(QLatin1String(program)).isEmpty())
+            missing = QStringLiteral("%1 is not installed (scripts/install-deps)").arg(QLatin1String(program));
+    }
+    if (!missing.isEmpty())
+        QSKIP(qPrintable(QStringLiteral("whole-program test skipped: ") + missing));
+    QVERIFY(m_root.isValid());
+    m_labUsed = true;
+    QVERIFY2(m_lab.start(), qPrintable(m_lab.error()));
+
+    // From here on everything runs in the client namespace: the service on its loopback, and the
+    // X server and the bus, whose abstract sockets belong to it as well.
+    FakeFixture fixture;
+    fixture.login = QStringLiteral("e2e");
+    fixture.password = QStringLiteral("e2e-pass");
+    fixture.accountType = QStringLiteral("full");
+    fixture.config = m_lab.clientTemplate();
+    FakeLogin vpn;
+    vpn.user = QLatin1String(E2eLab::User);
+    vpn.pass = QLatin1String(E2eLab::Password);
+    vpn.exp = QDateTime::currentSecsSinceEpoch() + 90 * 86400;
+    vpn.cert = m_lab.clientCert();
+    vpn.key = m_lab.clientKey();
+    fixture.logins = {vpn};
+    FakeServer server;
+    server.name = Location;
+    server.ip = QLatin1String(E2eLab::ServerAddress);
+    server.tcp = QStringLiteral("80");
+    server.udp = QStringLiteral("1194");
+    server.ssl = QString::number(E2eLab::StealthPort);
+    server.flag = QStringLiteral("de");
+    server.user = vpn.user;
+    server.dns = QLatin1String(E2eLab::UdpTunnelServer);
+    server.group = QStringLiteral("1");
+    server.sni = QStringLiteral("vpn.e2e.test");
+    fixture.servers = {server};
+    fixture.timezone = QStringLiteral("Europe/Berlin");
+    // The service offers the version the program already is, so no update is proposed.
+    fixture.upgradeVersion = Constants::ClientVersion;
+    fixture.upgradeLink = QStringLiteral("/download/update.deb");
+    m_service.reset(new FakeService);
+    m_service->setFixture(fixture);
+    QString error;
+    QVERIFY2(m_service->start(0, &error), qPrintable(error));
+
+    m_display = startReporting(
+        m_xserver, QStringLiteral("Xvfb"), {"-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "1024x768x24"});
+    QVERIFY2(!m_display.isEmpty(), "Xvfb did not start");
+    m_busAddress = startReporting(m_bus, QStringLiteral("dbus-daemon"), {"--session", "--nofork", "--print-address=1"});
+    QVERIFY2(!m_busAddress.isEmpty(), "dbus-daemon --session did not start");
+
+    m_panel.reset(new QDBusConnection(QDBusConnection::connectToBus(m_busAddress, WatcherConnection)));
+    QVERIFY(m_panel->isConnected());
+    m_watcherThread.start();
+    m_watcher.moveToThread(&m_watcherThread);
+    QVERIFY(m_panel->registerObject(QStringLiteral("/StatusNotifierWatcher"),
+                                    &m_watcher,
+                                    QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllProperties));
+    QVERIFY(m_panel->registerService(QStringLiteral("org.kde.StatusNotifierWatcher")));
+
+    // The program runs from a copy of its own, so its connection trace (beside the executable)
+    // goes with this test's directory.
+    QVERIFY(QDir().mkpath(m_root.path() + QStringLiteral("/bin")));
+    QVERIFY(QFile::copy(QStringLiteral(TAVRIN_BINARY), m_root.path() + QStringLiteral("/bin/tavrin")));
+    for (const QString& sub : {QStringLiteral("/run"), QStringLiteral("/tmp"), QStringLiteral("/home")})
+        QVERIFY(makePrivateDir(m_root.path() + sub));
+
+    // A first run signs in with the remembered account and keeps the service's answers in its
+    // offline cache, as an earlier session would have; the later runs start from that cache.
+    rememberAccount(QStringLiteral("udp"), false);
+    startProgram();
+    QTRY_VERIFY_WITH_TIMEOUT(connectItem().enabled, 20000);
+    quit();
+}
+
+void TestWholeProgram::cleanupTestCase()
+{
+    stopProcess(m_program);
+    if (m_panel) {
+        m_panel.reset();
+        QDBusConnection::disconnectFromBus(WatcherConnection);
+    }
+    m_watcherThread.quit();
+    m_watcherThread.wait();
+    stopProcess(m_bus);
+    stopProcess(m_xserver);
+    m_service.reset();
+    m_lab.stop();
+    if (!m_labUsed)
+        return;
+    QByteArray namespaces;
+    QCOMPARE(run(QStringLiteral("ip"), {"netns", "list"}, &namespaces), 0);
+    QVERIFY2(!namespaces.contains("tvn-e2e-"), namespaces.constData());
+}
+
+void TestWholeProgram::cleanup()
+{
+    if (QTest::currentTestFailed()) {
+        qInfo().noquote() << "program output:\n"
+                          << readFile(m_root.path() + QStringLiteral("/program.out")).right(2000);
+        qInfo().noquote() << "program log:\n" << programLog().right(6000);
+        qInfo().noquote() << "daemon log:\n" << m_lab.daemonLog().right(3000);
+    }
+    stopProcess(m_program);
+    // A program that had to be killed leaves its temporary files; the next run must not see them.
+    QDir(programTemp()).removeRecursively();
+    makePrivateDir(programTemp());
+}
+
+// A remembered sign-in, as the program keeps it after the user has signed in and chosen a
+// location and a protocol on an earlier run.
+void TestWholeProgram::rememberAccount(const QString& protocol, bool killSwitch)
+{
+    QSettings settings(settingsPath(), QSettings::IniFormat);
+    settings.setValue(QStringLiteral("rememberUser"), true);
+    settings.setValue(QStringLiteral("login"), m_service->fixture().login);
+    settings.setValue(QStringLiteral("password"), m_service->fixture().password);
+    settings.setValue(QStringLiteral("vpnLogin"), QLatin1String(E2eLab::User));
+    settings.setValue(QStringLiteral("lastLocationId"), QLatin1String(E2eLab::User) + QStringLiteral("::") + Location);
+    settings.setValue(QStringLiteral("advProtocol"), protocol);
+    settings.setValue(QStringLiteral("killConnect"), killSwitch);
+    settings.setValue(QStringLiteral("autoConnectOnStart"), false);
+    settings.setValue(QStringLiteral("language"), QStringLiteral("en"));
+    settings.sync();
+    QCOMPARE(settings.status(), QSettings::NoError);
+}
+
+void TestWholeProgram::startProgram()
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment(); // with the lab's TAVRIN_HELPER_PORT
+    env.insert(QStringLiteral("HOME"), home());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home() + QStringLiteral("/.config"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), home() + QStringLiteral("/.local/share"));
+    env.insert(QStringLiteral("XDG_CACHE_HOME"), home() + QStringLiteral("/.cache"));
+    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_root.path() + QStringLiteral("/run"));
+    env.insert(QStringLiteral("TMPDIR"), programTemp());
+    env.insert(QStringLiteral("DISPLAY"), QLatin1Char(':') + m_display);
+    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_busAddress);
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    env.remove(QStringLiteral("QT_QPA_PLATFORMTHEME"));
+    env.remove(QStringLiteral("XDG_CURRENT_DESKTOP"));
+    env.insert(QStringLiteral("TAVRIN_API_URL"), m_service->baseUrl());
+    env.insert(QStringLiteral("TAVRIN_SITE_URL"), m_service->baseUrl());
+    env.insert(QStringLiteral("TAVRIN_PROBE_URL"), m_service->baseUrl() + QLatin1Char('/'));
+    m_program.setProcessEnvironment(env);
+    m_program.setStandardOutputFile(m_root.path() + QStringLiteral("/program.out"), QIODevice::Append);
+    m_program.setStandardErrorFile(m_root.path() + QStringLiteral("/program.out"), QIODevice::Append);
+    m_trayService.clear();
+    m_menuPath.clear();
+    m_program.start(m_root.path() + QStringLiteral("/bin/tavrin"), QStringList());
+    QVERIFY(m_program.waitForStarted());
+
+    // The tray icon registers with the panel under a name that carries the process id.
+    const QString tag = QStringLiteral("-%1-").arg(m_program.processId());
+    auto registered = [&] {
+        const QStringList items = m_watcher.items();
+        for (const QString& service : items) {
+            if (service.contains(tag))
+                m_trayService = service;
+        }
+        return !m_trayService.isEmpty();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(registered(), 15000);
+}
+
+void TestWholeProgram::quit()
+{
+    const QList<MenuItem> menu = trayMenu();
+    QCOMPARE(menu.size(), 5);
+    QCOMPARE(menu.at(4).label, QStringLiteral("Quit"));
+    clickTray(menu.at(4));
+    QVERIFY(m_program.waitForFinished(20000));
+    QCOMPARE(m_program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_program.exitCode(), 0);
+}
+
+QVariantList TestWholeProgram::callProgram(const QString& path,
+                                           const QString& interface,
+                                           const QString& method,
+                                           const QVariantList& args)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(m_trayService, path, interface, method);
+    message.setArguments(args);
+    QDBusPendingCall pending = m_panel->asyncCall(message, 10000);
+    if (!QTest::qWaitFor([&] { return pending.isFinished(); }, 11000) || pending.isError())
+        return {};
+    return pending.reply().arguments();
+}
+
+// The tray menu as the panel shows it: every entry but the separators.
+QList<MenuItem> TestWholeProgram::trayMenu()
+{
+    if (m_menuPath.isEmpty()) {
+        m_menuPath = qvariant_cast<QDBusObjectPath>(
+                         callProgram(QStringLiteral("/StatusNotifierItem"),
+                                     QStringLiteral("org.freedesktop.DBus.Properties"),
+                                     QStringLiteral("Get"),
+                                     {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("Menu")})
+                             .value(0)
+                             .value<QDBusVariant>()
+                             .variant())
+                         .path();
+        if (m_menuPath.isEmpty())
+            return {};
+    }
+    const QVariantList layout = callProgram(
+        m_menuPath, QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("GetLayout"), {0, -1, QStringList()});
+    if (layout.size() != 2)
+        return {};
+
+    // (id, properties, children) with each child a variant of the same structure.
+    QList<MenuItem> items;
+    const QDBusArgument root = qvariant_cast<QDBusArgument>(layout.at(1));
+    int rootId = 0;
+    QVariantMap rootProperties;
+    root.beginStructure();
+    root >> rootId >> rootProperties;
+    root.beginArray();
+    while (!root.atEnd()) {
+        QDBusVariant child;
+        root >> child;
+        const QDBusArgument entry = qvariant_cast<QDBusArgument>(child.variant());
+        MenuItem item;
+        QVariantMap properties;
+        entry.beginStructure();
+        entry >> item.id >> properties;
+        entry.endStructure();
+        if (properties.value(QStringLiteral("type")).toString() == QLatin1String("separator"))
+            continue;
+        item.label = properties.value(QStringLiteral("label")).toString();
+        item.enabled = properties.value(QStringLiteral("enabled"), true).toBool();
+        items << item;
+    }
+    root.endArray();
+    root.endStructure();
+    return items;
+}
+
+// The entry under the program's name that carries the connection state and the location.
+MenuItem TestWholeProgram::connectItem()
+{
+    const QList<MenuItem> items = trayMenu();
+    return items.size() == 5 ? items.at(1) : MenuItem();
+}
+
+void TestWholeProgram::clickTray(const MenuItem& item)
+{
+    // The program may be gone before it answers a click on "Quit".
+    callProgram(m_menuPath,
+                QStringLiteral("com.canonical.dbusmenu"),
+                QStringLiteral("Event"),
+                {item.id,
+                 QStringLiteral("clicked"),
+                 QVariant::fromValue(QDBusVariant(QVariant(QString()))),
+                 uint(QDateTime::currentSecsSinceEpoch())});
+}
+
+void TestWholeProgram::connectsThroughTheTrayAndQuitsClean_data()
+{
+    QTest::addColumn<QString>("protocol");
+    QTest::addColumn<QString>("tunnelServer");
+    QTest::addColumn<bool>("killSwitch");
+
+    QTest::newRow("OpenVPN over UDP") << QStringLiteral("udp") << QString::fromLatin1(E2eLab::UdpTunnelServer) << false;
+    QTest::newRow("Imitation HTTPS behind the kill switch")
+        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << true;
+}
+
+void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
+{
+    QFETCH(QString, protocol);
+    QFETCH(QString, tunnelServer);
+    QFETCH(bool, killSwitch);
+
+    rememberAccount(protocol, killSwitch);
+    startProgram();
+    QVERIFY(!m_trayService.isEmpty());
+
+    // The tray offers the remembered location once the service has answered the sign-in.
+    QTRY_COMPARE_WITH_TIMEOUT(connectItem().label, QStringLiteral("Connect %1").arg(Location), 20000);
+    QTRY_VERIFY(connectItem().enabled);
+    clickTray(connectItem());
+    QTRY_COMPARE_WITH_TIMEOUT(connectItem().label, QStringLiteral("Connected to %1").arg(Location), 45000);
+    QVERIFY2(pings(tunnelServer), "no answer through the tunnel");
+    QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), !killSwitch);
+
+    const QList<MenuItem> connected = trayMenu();
+    QCOMPARE(connected.size(), 5);
+    QCOMPARE(connected.at(3).label, QStringLiteral("Disconnect"));
+    QVERIFY(connected.at(3).enabled);
+    clickTray(connected.at(3));
+    QTRY_COMPARE_WITH_TIMEOUT(connectItem().label, QStringLiteral("Connect %1").arg(Location), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 10000);
+    QVERIFY(!pings(tunnelServer));
+
+    quit();
+    if (QTest::currentTestFailed())
+        return;
+
+    // Nothing is left: no process, tunnel device, firewall table or temporary file.
+    for (const char* name : {"tavrin", "openvpn", "stunnel4", "stunnel"})
+        QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient(name), 0, 5000);
+    for (const QNetworkInterface& device : QNetworkInterface::allInterfaces())
+        QVERIFY2(!device.name().startsWith(QLatin1String("tun")), qPrintable(device.name()));
+    QByteArray tables;
+    QCOMPARE(run(QStringLiteral("nft"), {"list", "tables"}, &tables), 0);
+    QVERIFY2(!tables.contains("tavrin"), tables.constData());
+    QCOMPARE(QDir(programTemp()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden).join(", "),
+             QString());
+    QVERIFY(!QFile::exists(QStringLiteral("/tmp/tavrin-stunnel.pid")));
+    QCOMPARE(readFile(m_lab.resolvConf()), m_lab.originalResolvConf());
+}
+
+QTEST_GUILESS_MAIN(TestWholeProgram)
+#include "tst_WholeProgram.moc"
