@@ -187,7 +187,6 @@ private slots:
         QTest::newRow("unset gives the product port") << QByteArray() << 23589;
         QTest::newRow("a valid port moves it") << QByteArray("40001") << 40001;
         QTest::newRow("text is ignored") << QByteArray("helper") << 23589;
-        QTest::newRow("zero is ignored") << QByteArray("0") << 23589;
         QTest::newRow("beyond 65535 is ignored") << QByteArray("70000") << 23589;
     }
     void helperPortFromEnvironment()
