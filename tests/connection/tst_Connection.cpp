@@ -5,18 +5,12 @@
 
 namespace {
 
-ServerInfo serverWith(PROTOCOL_TYPE protocol)
+void connectTo(Connection& connection, PROTOCOL_TYPE protocol)
 {
     ServerInfo server;
     server.ip = QStringLiteral("203.0.113.5");
     server.protocol = protocol;
-    return server;
-}
-
-void connectTo(Connection& connection, PROTOCOL_TYPE protocol)
-{
-    connection.connect(
-        serverWith(protocol), QStringLiteral("alice"), QStringLiteral("secret"), QStringLiteral("/tmp/vpn.ovpn"), {});
+    connection.connect(server, QStringLiteral("alice"), QStringLiteral("secret"), QStringLiteral("/tmp/vpn.ovpn"), {});
 }
 
 } // namespace

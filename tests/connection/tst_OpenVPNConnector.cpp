@@ -106,53 +106,46 @@ private slots:
     void interpretsLines_data()
     {
         QTest::addColumn<QList<QByteArray>>("lines");
-        QTest::addColumn<QStringList>("events");
+        QTest::addColumn<QString>("events"); // signals in arrival order
         using L = QList<QByteArray>;
-        using E = QStringList;
         const QByteArray up = ">STATE:1,CONNECTED,SUCCESS,10.8.0.2,10.99.0.1,1194,,";
         QTest::newRow("connected states, also with an IPv6 ninth field, then reconnecting")
             << L {up,
                   ">STATE:2,CONNECTED,SUCCESS,10.8.0.2,10.99.0.1,1194,10.99.0.2,50000,fd00::1000",
                   ">STATE:3,RECONNECTING,ping-restart,,,,,"}
-            << E {"state CONNECTED",
-                  "connected",
-                  "state CONNECTED",
-                  "connected",
-                  "state RECONNECTING",
-                  "reconnecting",
-                  "disconnected"};
+            << "state CONNECTED,connected,state CONNECTED,connected,state RECONNECTING,reconnecting,disconnected";
         QTest::newRow("connected with error is error 8 and ends without disconnected")
-            << L {">STATE:1,CONNECTED,ERROR,10.8.0.2,10.99.0.1,1194,,"} << E {"state CONNECTED", "error 8"};
+            << L {">STATE:1,CONNECTED,ERROR,10.8.0.2,10.99.0.1,1194,,"} << "state CONNECTED,error 8";
         QTest::newRow("exiting state with empty fields changes nothing else")
-            << L {">STATE:1795382837,EXITING,SIGTERM,,,,,"} << E {"state EXITING", "disconnected"};
+            << L {">STATE:1795382837,EXITING,SIGTERM,,,,,"} << "state EXITING,disconnected";
         QTest::newRow("byte counts are cumulative totals, three fields are ignored, text reads as 0")
             << L {">BYTECOUNT:2001,2021", ">BYTECOUNT: 4152 , 4124", ">BYTECOUNT:1,2,3", ">BYTECOUNT:many,12"}
-            << E {"count 2001 2021", "count 4152 4124", "count 0 12", "disconnected"};
+            << "count 2001 2021,count 4152 4124,count 0 12,disconnected";
         QTest::newRow("TAP and proxy messages give one error each however often they come")
             << L {">LOG:1,N,There are no TAP-Windows adapters on this system.",
                   ">LOG:2,N,Proxy requires authentication",
                   ">LOG:3,N,There are no TAP-Windows adapters on this system.",
                   ">LOG:4,N,proxy REQUIRES authentication"}
-            << E {"error 2", "error 6", "disconnected"};
+            << "error 2,error 6,disconnected";
         QTest::newRow("each UDP write failure is error 7 and a log line")
             << L {">LOG:1,W,write UDPv4: No buffer space available (WSAENOBUFS) (code=10055)",
                   ">LOG:2,W,write UDPv4: No Route to Host (WSAEHOSTUNREACH) (code=10065)"}
-            << E {"error 7", "log", "error 7", "log", "disconnected"};
+            << "error 7,log,error 7,log,disconnected";
         QTest::newRow("auth failure only in its exact case")
             << L {">LOG:1,,auth: received control message: auth_failed",
                   ">LOG:2,,AUTH: Received control message: AUTH_FAILED"}
-            << E {"log", "error 0", "disconnected"};
+            << "log,error 0,disconnected";
         QTest::newRow("log echo of a state line counts as a state line")
-            << L {">LOG:1795382834,,MANAGEMENT: " + up} << E {"state ", "connected", "disconnected"};
+            << L {">LOG:1795382834,,MANAGEMENT: " + up} << "state ,connected,disconnected";
         QTest::newRow("replies, history, prompts of other kinds are ignored")
             << L {"SUCCESS: signal SIGTERM thrown",
                   "ERROR: unknown command, enter 'help' for more options",
                   up.mid(7),
                   ">PASSWORD:Verification Failed: 'Auth'",
                   ">HOLD:Waiting for hold release:0"}
-            << E {"disconnected"};
+            << "disconnected";
         QTest::newRow("very long line is cut and the next one still read")
-            << L {">LOG:1,," + QByteArray(20000, 'x'), up} << E {"log", "state CONNECTED", "connected", "disconnected"};
+            << L {">LOG:1,," + QByteArray(20000, 'x'), up} << "log,state CONNECTED,connected,disconnected";
     }
     void interpretsLines()
     {
@@ -162,7 +155,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(m_daemon->managementPort() && m_daemon->managementPort()->finished(), 10000);
         QTRY_VERIFY(!m_connector->isRunning());
         QCoreApplication::processEvents();
-        QTEST(m_recorder->events, "events");
+        QTEST(m_recorder->events.join(QLatin1Char(',')), "events");
         QCOMPARE(m_daemon->managementPort()->mismatches(), QList<QString>());
     }
 

@@ -29,17 +29,6 @@ QByteArray packet(quint32 command, const QList<QPair<int, QVariant>>& fields = {
     return bytes;
 }
 
-FIREWALL_PARAMETERS flags(bool kill, bool ipv6, bool local, bool timezone, bool idle)
-{
-    FIREWALL_PARAMETERS parameters;
-    parameters.killConnect = kill;
-    parameters.ipv6Block = ipv6;
-    parameters.allowLocalIp = local;
-    parameters.changeTimezone = timezone;
-    parameters.idle = idle;
-    return parameters;
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Call)
@@ -65,7 +54,8 @@ private slots:
         using S = ServiceConnector;
         QTest::newRow("firewall on: addresses, interface and flags at their offsets")
             << Call([](S& s) {
-                   return s.firewallOn("127.0.0.1;10.0.0.1;203.0.113.7", "tun0", flags(true, false, true, false, true));
+                   return s.firewallOn(
+                       "127.0.0.1;10.0.0.1;203.0.113.7", "tun0", FIREWALL_PARAMETERS {true, false, true, false, true});
                })
             << packet(1,
                       {{4, QStringLiteral("127.0.0.1;10.0.0.1;203.0.113.7")},
@@ -73,8 +63,9 @@ private slots:
                        {43012, QByteArray("\x01\x00\x01\x00\x01", 5)}});
         QTest::newRow("firewall change: text beyond the BMP takes one code point")
             << Call([](S& s) {
-                   return s.firewallChange(
-                       QStringLiteral("höst;\U0001F600"), "tun0", flags(false, true, false, true, false));
+                   return s.firewallChange(QStringLiteral("höst;\U0001F600"),
+                                           "tun0",
+                                           FIREWALL_PARAMETERS {false, true, false, true, false});
                })
             << packet(3,
                       {{4, QStringLiteral("höst;\U0001F600")},

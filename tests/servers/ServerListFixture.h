@@ -3,16 +3,33 @@
 #include <QAbstractItemModel>
 #include <QAbstractItemModelTester>
 #include <QStringList>
+#include <QTest>
 #include <QVector>
 
 #include "ServerInfo.h"
 
-// Builds server lists from short entries "[login/]name:type:ping[*]", "*" marking a favourite,
-// e.g. "DE-Berlin:1:30*"; the login is "vpn1" unless given.
-inline QVector<ServerInfo> serversFromText(const QStringList& entries)
+// A data row whose texts may be given as plain literals: addRow("name", "a b", "a,b", 3).
+inline QString cell(const char* text)
+{
+    return QString::fromUtf8(text);
+}
+template <class T>
+const T& cell(const T& value)
+{
+    return value;
+}
+template <class... T>
+void addRow(const char* name, const T&... values)
+{
+    (QTest::newRow(name) << ... << cell(values));
+}
+
+// Builds a server list from blank-separated entries "[login/]name:type:ping[*]", "*" marking a
+// favourite, e.g. "DE-Berlin:1:30* FR-Paris:2"; the login is "vpn1" unless given.
+inline QVector<ServerInfo> serversFromText(const QString& entries)
 {
     QVector<ServerInfo> list;
-    for (QString text : entries) {
+    for (QString text : entries.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         ServerInfo server;
         server.favorite = text.endsWith(QLatin1Char('*'));
         const QStringList parts = text.remove(QLatin1Char('*')).split(QLatin1Char(':'));
@@ -47,7 +64,7 @@ inline QString outline(const QAbstractItemModel& model, const QModelIndex& paren
 template <class Model, class Proxy>
 struct SortedModel
 {
-    SortedModel(const QStringList& entries = {})
+    SortedModel(const QString& entries = {})
     {
         proxy.setSourceModel(&model);
         proxy.sort(0);

@@ -80,39 +80,30 @@ private slots:
 
     void tableLookups_data()
     {
-        QTest::addColumn<QString>("lookup");
-        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("lookup"); // table and key
         QTest::addColumn<QStringList>("row"); // id and texts
-        QTest::newRow("stealth by short name") << "protocol"
-                                               << "stealth" << QStringList {"6", "stealth", "Imitation HTTPS"};
-        QTest::newRow("short name is case-sensitive") << "protocol"
-                                                      << "TCP" << QStringList {"-1", "", ""};
-        QTest::newRow("label text is not a short name") << "protocol"
-                                                        << "Imitation HTTPS" << QStringList {"-1", "", ""};
-        QTest::newRow("udp by id") << "id"
-                                   << "4" << QStringList {"4", "udp", "OpenVPN UDP (faster)"};
-        QTest::newRow("unknown id") << "id"
-                                    << "0" << QStringList {"-1", "", ""};
-        QTest::newRow("automatic udp port") << "port"
-                                            << "1194,118,123,443,9200" << QStringList {"0", "4", "Automatic"};
-        QTest::newRow("single udp 9201") << "port"
-                                         << "9201" << QStringList {"5", "4", "9201"};
-        QTest::newRow("9200 only in the automatic list") << "port"
-                                                         << "9200" << QStringList {"-1", "0", ""};
-        QTest::newRow("first match wins for 443") << "port"
-                                                  << "443" << QStringList {"4", "4", "443"};
+        QTest::newRow("stealth by short name") << "protocol stealth" << QStringList {"6", "stealth", "Imitation HTTPS"};
+        QTest::newRow("short name is case-sensitive") << "protocol TCP" << QStringList {"-1", "", ""};
+        QTest::newRow("label text is not a short name") << "protocol Imitation HTTPS" << QStringList {"-1", "", ""};
+        QTest::newRow("udp by id") << "id 4" << QStringList {"4", "udp", "OpenVPN UDP (faster)"};
+        QTest::newRow("unknown id") << "id 0" << QStringList {"-1", "", ""};
+        QTest::newRow("automatic udp port") << "port 1194,118,123,443,9200" << QStringList {"0", "4", "Automatic"};
+        QTest::newRow("single udp 9201") << "port 9201" << QStringList {"5", "4", "9201"};
+        QTest::newRow("9200 only in the automatic list") << "port 9200" << QStringList {"-1", "0", ""};
+        QTest::newRow("first match wins for 443") << "port 443" << QStringList {"4", "4", "443"};
     }
     void tableLookups()
     {
         QFETCH(QString, lookup);
-        QFETCH(QString, key);
+        const QString table = lookup.section(QLatin1Char(' '), 0, 0);
+        const QString key = lookup.section(QLatin1Char(' '), 1);
         QStringList row;
-        if (lookup == QLatin1String("port")) {
+        if (table == QLatin1String("port")) {
             const VpnPort port = getVpnPortByLabel(key);
             row << QString::number(port.id) << QString::number(port.protocol) << port.label;
         } else {
             const VpnProtocol p
-                = lookup == QLatin1String("id") ? getVpnProtocolByID(key.toInt()) : getVpnProtocolByLabel(key);
+                = table == QLatin1String("id") ? getVpnProtocolByID(key.toInt()) : getVpnProtocolByLabel(key);
             row << QString::number(p.id) << p.shortName << p.label;
         }
         QTEST(row, "row");
