@@ -46,8 +46,6 @@ private slots:
         QTest::newRow("group has no second column") << true << 1 << int(Qt::DisplayRole) << QVariant();
         QTest::newRow("group has no flag") << true << 0 << int(Qt::UserRole) << QVariant();
         QTest::newRow("group has no type") << true << 0 << int(Qt::UserRole + 1) << QVariant();
-        QTest::newRow("server name") << false << 0 << int(Qt::DisplayRole) << QVariant("FR-Paris");
-        QTest::newRow("server favourite") << false << 1 << int(Qt::DisplayRole) << QVariant(true);
         QTest::newRow("server flag in any column") << false << 1 << int(Qt::UserRole) << QVariant("fr");
         QTest::newRow("server type in any column") << false << 1 << int(Qt::UserRole + 1) << QVariant(2);
     }
