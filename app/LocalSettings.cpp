@@ -84,8 +84,11 @@ QVariant LocalSettings::value(QString key)
 
 void LocalSettings::setValue(QString key, QVariant value)
 {
+    // Sign-in keys reach the disk at once. Writing back the value they already hold (every automatic sign-in
+    // does) needs no flush, which would rewrite the whole file with its cached account.
+    const bool changed = !settings->contains(key) || settings->value(key) != value;
     settings->setValue(key, value);
-    if (isSignInKey(key))
+    if (changed && isSignInKey(key))
         sync();
 }
 

@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <QEventLoop>
 #include <QNetworkAccessManager>
+#include <QSslConfiguration>
 #include <QThread>
 #include <QTimer>
 
@@ -12,13 +13,18 @@
 namespace {
 const QString wakeUpMessage = QStringLiteral("Wake up!");
 
-// The first network access manager of a process loads Qt's network plugins, which takes tens of milliseconds.
-// The single-instance check spends most of its time waiting, so that load runs meanwhile on a thread of its own.
-// What it loads is process-wide and is there when the service client makes its own managers.
+// The first network access manager of a process loads Qt's network plugins, and the first TLS configuration
+// sets up the TLS library's defaults: together tens of milliseconds. The single-instance check spends most of
+// its time waiting, so both happen meanwhile on a thread of their own. What they load is process-wide and is
+// there when the service client makes its managers and sends its first request.
 class NetworkWarmUp : public QThread
 {
 protected:
-    void run() override { QNetworkAccessManager manager; }
+    void run() override
+    {
+        QNetworkAccessManager manager;
+        QSslConfiguration::defaultConfiguration();
+    }
 };
 } // namespace
 
