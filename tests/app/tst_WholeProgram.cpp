@@ -18,6 +18,7 @@
 
 #include "Constants.h"
 #include "FakeService.h"
+#include "StatusNotifierWatcherDouble.h"
 #include "e2e/E2eLab.h"
 
 namespace {
@@ -96,38 +97,6 @@ struct MenuItem
 
 } // namespace
 
-// The desktop panel's StatusNotifierWatcher, where the program's tray icon registers. It answers
-// on a thread of its own, so that blocking calls of the program never wait for this test.
-class PanelWatcher : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered)
-    Q_PROPERTY(int ProtocolVersion READ protocolVersion)
-    Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ items)
-
-public:
-    bool isHostRegistered() const { return true; }
-    int protocolVersion() const { return 0; }
-    QStringList items() const
-    {
-        QMutexLocker lock(&m_mutex);
-        return m_items;
-    }
-
-public slots:
-    void RegisterStatusNotifierItem(const QString& service)
-    {
-        QMutexLocker lock(&m_mutex);
-        m_items.append(service);
-    }
-    void RegisterStatusNotifierHost(const QString& service) { Q_UNUSED(service) }
-
-private:
-    mutable QMutex m_mutex;
-    QStringList m_items;
-};
-
 class TestWholeProgram : public QObject
 {
     Q_OBJECT
@@ -162,7 +131,7 @@ private:
     QString m_display;
     QString m_busAddress;
     QThread m_watcherThread;
-    PanelWatcher m_watcher;
+    StatusNotifierWatcherDouble m_watcher;
     QScopedPointer<QDBusConnection> m_panel;
     QProcess m_program;
     QString m_trayService;

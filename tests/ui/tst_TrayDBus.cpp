@@ -23,6 +23,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "StatusNotifierWatcherDouble.h"
 #include "SystemTray.h"
 
 extern char** environ;
@@ -148,38 +149,6 @@ private:
 DesktopSession* session = nullptr;
 
 } // namespace
-
-// Stand-in for the panel's StatusNotifierWatcher. It answers on its own connection and thread,
-// because the tray asks it blocking questions from the GUI thread.
-class WatcherDouble : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered)
-    Q_PROPERTY(int ProtocolVersion READ protocolVersion)
-    Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ items)
-
-public:
-    bool isHostRegistered() const { return true; }
-    int protocolVersion() const { return 0; }
-    QStringList items() const
-    {
-        QMutexLocker lock(&m_mutex);
-        return m_items;
-    }
-
-public slots:
-    void RegisterStatusNotifierItem(const QString& service)
-    {
-        QMutexLocker lock(&m_mutex);
-        m_items.append(service);
-    }
-    void RegisterStatusNotifierHost(const QString& service) { Q_UNUSED(service) }
-
-private:
-    mutable QMutex m_mutex;
-    QStringList m_items;
-};
 
 struct MenuEntry
 {
@@ -346,7 +315,7 @@ private:
     }
 
     QThread m_watcherThread;
-    WatcherDouble m_watcher;
+    StatusNotifierWatcherDouble m_watcher;
     QScopedPointer<QDBusConnection> m_watcherConnection;
     QScopedPointer<SystemTray> m_tray;
 };
