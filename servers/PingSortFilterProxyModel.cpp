@@ -24,44 +24,6 @@ bool namesInOrder(const QString& left, const QString& right)
 }
 } // namespace
 
-void PingSortFilterProxyModel::showFavorite()
-{
-    setModes(true, false, search);
-}
-
-void PingSortFilterProxyModel::showStandart()
-{
-    setModes(false, false, search);
-}
-
-void PingSortFilterProxyModel::showDouble()
-{
-    setModes(false, true, search);
-}
-
-void PingSortFilterProxyModel::showAll(QString& text)
-{
-    setModes(true, true, text);
-}
-
-void PingSortFilterProxyModel::setModes(bool favorite, bool isDouble, const QString& text)
-{
-    favoriteMode = favorite;
-    doubleMode = isDouble;
-    search = text;
-    lowerSearch = text.toLower();
-    invalidateFilter();
-}
-
-bool PingSortFilterProxyModel::nameContainsSearch(const QModelIndex& sourceIndex) const
-{
-    if (search.isEmpty())
-        return true;
-    if (const AbstractServerModel* model = serverModel())
-        return model->sortText(sourceIndex).contains(lowerSearch);
-    return lowerName(sourceIndex).contains(lowerSearch);
-}
-
 bool PingSortFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
     const QAbstractItemModel* model = sourceModel();

@@ -2,46 +2,6 @@
 
 #include "AbstractServerModel.h"
 
-namespace { } // namespace
-
-void TreePingSortFilterProxyModel::showFavorite()
-{
-    setModes(true, false, search);
-}
-
-void TreePingSortFilterProxyModel::showStandart()
-{
-    setModes(false, false, search);
-}
-
-void TreePingSortFilterProxyModel::showDouble()
-{
-    setModes(false, true, search);
-}
-
-void TreePingSortFilterProxyModel::showAll(QString& text)
-{
-    setModes(true, true, text);
-}
-
-void TreePingSortFilterProxyModel::setModes(bool favorite, bool isDouble, const QString& text)
-{
-    favoriteMode = favorite;
-    doubleMode = isDouble;
-    search = text;
-    lowerSearch = text.toLower();
-    invalidateFilter();
-}
-
-bool TreePingSortFilterProxyModel::nameContainsSearch(const QModelIndex& sourceIndex) const
-{
-    if (search.isEmpty())
-        return true;
-    if (const AbstractServerModel* model = serverModel())
-        return model->sortText(sourceIndex).contains(lowerSearch);
-    return lowerName(sourceIndex).contains(lowerSearch);
-}
-
 bool TreePingSortFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
     if (!sourceParent.isValid())

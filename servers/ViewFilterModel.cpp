@@ -1,0 +1,41 @@
+#include "ViewFilterModel.h"
+
+#include "AbstractServerModel.h"
+
+void ViewFilterModel::showFavorite()
+{
+    setModes(true, false, search);
+}
+
+void ViewFilterModel::showStandart()
+{
+    setModes(false, false, search);
+}
+
+void ViewFilterModel::showDouble()
+{
+    setModes(false, true, search);
+}
+
+void ViewFilterModel::showAll(QString& text)
+{
+    setModes(true, true, text);
+}
+
+void ViewFilterModel::setModes(bool favorite, bool isDouble, const QString& text)
+{
+    favoriteMode = favorite;
+    doubleMode = isDouble;
+    search = text;
+    lowerSearch = text.toLower();
+    invalidateFilter();
+}
+
+bool ViewFilterModel::nameContainsSearch(const QModelIndex& sourceIndex) const
+{
+    if (search.isEmpty())
+        return true;
+    if (const AbstractServerModel* model = serverModel())
+        return model->sortText(sourceIndex).contains(lowerSearch);
+    return lowerName(sourceIndex).contains(lowerSearch);
+}
