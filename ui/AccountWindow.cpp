@@ -27,16 +27,9 @@ AccountWindow::AccountWindow(QWidget* parent)
     , m_btBuy(new QPushButton(this))
     , m_lbPayments(new QLabel(this))
 {
-    setObjectName(QStringLiteral("AccountWindow"));
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(WidgetStyle::sheet());
-    setMinimumSize(340, 500);
+    WidgetStyle::setUpPage(this, QStringLiteral("AccountWindow"));
 
-    m_pbBack->setObjectName(QStringLiteral("pbBack"));
-    m_pbBack->setIcon(QIcon(QStringLiteral(":/resources/back.svg")));
-    m_pbBack->setIconSize(QSize(18, 18));
-    m_lbAccount->setObjectName(QStringLiteral("lbTitle"));
-    m_lbAccount->setAlignment(Qt::AlignCenter);
+    WidgetStyle::setUpBackButton(m_pbBack);
     m_pbLogOut->setObjectName(QStringLiteral("pbLogOut"));
     m_lbLoginTitle->setProperty("note", true);
     m_lbLogin->setObjectName(QStringLiteral("lbLogin"));
@@ -50,14 +43,10 @@ AccountWindow::AccountWindow(QWidget* parent)
     m_lbPayments->setProperty("note", true);
     m_lbPayments->setWordWrap(true);
     m_lbPayments->setAlignment(Qt::AlignCenter);
-    for (QPushButton* button : {m_pbBack, m_pbLogOut, m_btAccountChange, m_btRenew, m_btBuy})
+    for (QPushButton* button : {m_pbLogOut, m_btAccountChange, m_btRenew, m_btBuy})
         button->setCursor(Qt::PointingHandCursor);
 
-    auto* top = new QHBoxLayout;
-    top->setContentsMargins(8, 8, 8, 4);
-    top->addWidget(m_pbBack);
-    top->addWidget(m_lbAccount, 1);
-    top->addWidget(m_pbLogOut);
+    QHBoxLayout* top = WidgetStyle::topRow(m_pbBack, m_lbAccount, m_pbLogOut);
 
     auto* card = new QWidget(this);
     card->setObjectName(QStringLiteral("accountCard"));

@@ -19,10 +19,7 @@ LoginWindow::LoginWindow(QWidget* parent)
     , m_edPassword(new QLineEdit(this))
     , m_pbSignIn(new QPushButton(this))
 {
-    setObjectName(QStringLiteral("LoginWindow"));
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(WidgetStyle::sheet());
-    setMinimumSize(340, 500);
+    WidgetStyle::setUpPage(this, QStringLiteral("LoginWindow"));
 
     m_logo->setObjectName(QStringLiteral("lbLogo"));
     m_logo->setPixmap(QPixmap(QStringLiteral(":/resources/logo.png")));

@@ -14,10 +14,7 @@ SelectionAccountWindow::SelectionAccountWindow(QWidget* parent)
     , m_centralWidget(new QWidget(this))
     , m_btContinue(new QPushButton(this))
 {
-    setObjectName(QStringLiteral("SelectionAccountWindow"));
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(WidgetStyle::sheet());
-    setMinimumSize(340, 500);
+    WidgetStyle::setUpPage(this, QStringLiteral("SelectionAccountWindow"));
 
     m_lbTitle->setObjectName(QStringLiteral("lbTitle"));
     m_lbTitle->setAlignment(Qt::AlignCenter);

@@ -80,24 +80,12 @@ ServerListWindow::~ServerListWindow()
 
 void ServerListWindow::buildForm()
 {
-    setObjectName(QStringLiteral("ServerListWindow"));
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(WidgetStyle::sheet());
-    setMinimumSize(340, 500);
+    WidgetStyle::setUpPage(this, QStringLiteral("ServerListWindow"));
 
     m_pbBack = new QPushButton(this);
-    m_pbBack->setObjectName(QStringLiteral("pbBack"));
-    m_pbBack->setIcon(QIcon(QStringLiteral(":/resources/back.svg")));
-    m_pbBack->setIconSize(QSize(18, 18));
-    m_pbBack->setCursor(Qt::PointingHandCursor);
+    WidgetStyle::setUpBackButton(m_pbBack);
     m_title = new QLabel(this);
-    m_title->setObjectName(QStringLiteral("lbTitle"));
-    m_title->setAlignment(Qt::AlignCenter);
-    auto* top = new QHBoxLayout;
-    top->setContentsMargins(8, 8, 8, 4);
-    top->addWidget(m_pbBack);
-    top->addWidget(m_title, 1);
-    top->addSpacing(m_pbBack->sizeHint().width());
+    QHBoxLayout* top = WidgetStyle::topRow(m_pbBack, m_title, nullptr);
 
     m_group = new QButtonGroup(this);
     // The page checks and unchecks the buttons itself, the search button included.

@@ -109,24 +109,12 @@ QCheckBox* SettingsWindow::addOption(const char* name, QLabel** note)
 
 void SettingsWindow::buildForm()
 {
-    setObjectName(QStringLiteral("SettingsWindow"));
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(WidgetStyle::sheet());
-    setMinimumSize(340, 500);
+    WidgetStyle::setUpPage(this, QStringLiteral("SettingsWindow"));
 
     m_pbBack = new QPushButton(this);
-    m_pbBack->setObjectName(QStringLiteral("pbBack"));
-    m_pbBack->setIcon(QIcon(QStringLiteral(":/resources/back.svg")));
-    m_pbBack->setIconSize(QSize(18, 18));
-    m_pbBack->setCursor(Qt::PointingHandCursor);
+    WidgetStyle::setUpBackButton(m_pbBack);
     m_lbTitle = new QLabel(this);
-    m_lbTitle->setObjectName(QStringLiteral("lbTitle"));
-    m_lbTitle->setAlignment(Qt::AlignCenter);
-    auto* top = new QHBoxLayout;
-    top->setContentsMargins(8, 8, 8, 4);
-    top->addWidget(m_pbBack);
-    top->addWidget(m_lbTitle, 1);
-    top->addSpacing(m_pbBack->sizeHint().width());
+    QHBoxLayout* top = WidgetStyle::topRow(m_pbBack, m_lbTitle, nullptr);
 
     m_lbLanguage = new QLabel(this);
     m_lbLanguage->setProperty("fieldTitle", true);

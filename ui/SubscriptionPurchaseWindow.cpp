@@ -22,13 +22,8 @@ SubscriptionPurchaseWindow::SubscriptionPurchaseWindow(QWidget* parent)
     , m_btBuy(new QPushButton(this))
     , m_lbPayments(new QLabel(this))
 {
-    setObjectName(QStringLiteral("SubscriptionPurchaseWindow"));
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(WidgetStyle::sheet());
-    setMinimumSize(340, 500);
+    WidgetStyle::setUpPage(this, QStringLiteral("SubscriptionPurchaseWindow"));
 
-    m_lbAccount->setObjectName(QStringLiteral("lbTitle"));
-    m_lbAccount->setAlignment(Qt::AlignCenter);
     m_pbLogOut->setObjectName(QStringLiteral("pbLogOut"));
     m_lbIcon->setPixmap(QIcon(QStringLiteral(":/resources/shield-grey.svg")).pixmap(72, 72));
     m_lbIcon->setAlignment(Qt::AlignCenter);
@@ -42,11 +37,7 @@ SubscriptionPurchaseWindow::SubscriptionPurchaseWindow(QWidget* parent)
     m_btBuy->setCursor(Qt::PointingHandCursor);
     m_pbLogOut->setCursor(Qt::PointingHandCursor);
 
-    auto* top = new QHBoxLayout;
-    top->setContentsMargins(8, 8, 8, 4);
-    top->addSpacing(m_pbLogOut->sizeHint().width());
-    top->addWidget(m_lbAccount, 1);
-    top->addWidget(m_pbLogOut);
+    QHBoxLayout* top = WidgetStyle::topRow(nullptr, m_lbAccount, m_pbLogOut);
 
     auto* body = new QVBoxLayout;
     body->setContentsMargins(24, 16, 24, 24);
