@@ -18,3 +18,8 @@ void AbstractServerModel::logFavoriteChange(const QModelIndex& index,
     };
     qDebug() << "favorite changed" << index << QString(server) << text(oldMark) << text(newMark);
 }
+
+QVariant AbstractServerModel::headerData(int, Qt::Orientation, int) const
+{
+    return QVariant();
+}

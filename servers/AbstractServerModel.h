@@ -22,6 +22,9 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
+    // The location views show no headers.
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
     // The record behind a row; a default record when there is none.
     virtual ServerInfo locationByIndex(const QModelIndex& index) const = 0;
     // The lower-cased display text of a row's first column, kept ready by the model: proxies

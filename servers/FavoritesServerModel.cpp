@@ -138,11 +138,6 @@ QVariant FavoritesServerModel::data(const QModelIndex& index, int role) const
     return QVariant();
 }
 
-QVariant FavoritesServerModel::headerData(int, Qt::Orientation, int) const
-{
-    return QVariant();
-}
-
 bool FavoritesServerModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
     if (index.column() != FavoriteColumn || index.row() < 0 || index.row() >= list.size())

@@ -148,11 +148,6 @@ QVariant ServerPingModel::data(const QModelIndex& index, int role) const
     return QVariant();
 }
 
-QVariant ServerPingModel::headerData(int, Qt::Orientation, int) const
-{
-    return QVariant();
-}
-
 bool ServerPingModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
     if (index.column() != FavoriteColumn || index.row() < 0 || index.row() >= rows.size())

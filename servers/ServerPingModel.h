@@ -28,7 +28,6 @@ public:
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     // Column 1 only: sets the favourite mark of the row's record.
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
 

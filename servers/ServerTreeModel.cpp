@@ -170,11 +170,6 @@ QVariant ServerTreeModel::data(const QModelIndex& index, int role) const
     return QVariant();
 }
 
-QVariant ServerTreeModel::headerData(int, Qt::Orientation, int) const
-{
-    return QVariant();
-}
-
 bool ServerTreeModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
     if (!index.isValid() || index.column() != FavoriteColumn)

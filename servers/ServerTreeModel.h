@@ -36,7 +36,6 @@ public:
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     // Column 1 of a server row: sets the favourite mark of that server (and of its repeats).
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
 
