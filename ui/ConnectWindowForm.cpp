@@ -20,6 +20,18 @@ QPushButton* iconButton(QWidget* parent, const char* name, const QString& icon)
     return button;
 }
 
+// A small picture and its text, side by side in the middle of the row.
+QHBoxLayout* centredPair(QWidget* picture, QWidget* text)
+{
+    auto* row = new QHBoxLayout;
+    row->setSpacing(8);
+    row->addStretch();
+    row->addWidget(picture);
+    row->addWidget(text);
+    row->addStretch();
+    return row;
+}
+
 QLabel* label(QWidget* parent, const char* name)
 {
     auto* result = new QLabel(parent);
@@ -52,16 +64,10 @@ void ConnectWindowForm::setupUi(QWidget* page)
     column->addSpacing(14);
 
     // Status line: shield and state text.
-    auto* status = new QHBoxLayout;
-    status->setSpacing(8);
     lbShield = label(page, "lbShield");
     lbShield->setFixedSize(20, 24);
     lbStatus = label(page, "lbStatus");
-    status->addStretch();
-    status->addWidget(lbShield);
-    status->addWidget(lbStatus);
-    status->addStretch();
-    column->addLayout(status);
+    column->addLayout(centredPair(lbShield, lbStatus));
     column->addSpacing(16);
 
     // The big button in its ring; the two rotator labels lie on the ring, the button above them.
@@ -92,16 +98,10 @@ void ConnectWindowForm::setupUi(QWidget* page)
     column->addSpacing(14);
 
     // Location: flag and name, then the button that picks a location or shows the connection.
-    auto* location = new QHBoxLayout;
-    location->setSpacing(8);
     lbFlag = label(page, "lbFlag");
     lbFlag->setFixedSize(16, 11);
     lbLocation = label(page, "lbLocation");
-    location->addStretch();
-    location->addWidget(lbFlag);
-    location->addWidget(lbLocation);
-    location->addStretch();
-    column->addLayout(location);
+    column->addLayout(centredPair(lbFlag, lbLocation));
     column->addSpacing(4);
     btnSelectLocation = new QPushButton(page);
     btnSelectLocation->setObjectName(QStringLiteral("btnSelectLocation"));
