@@ -4,9 +4,8 @@
 
 #include "HelperWire.h"
 
-#include <QByteArray>
 #include <QElapsedTimer>
-#include <QString>
+#include <QFile>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QVector>
@@ -15,17 +14,35 @@
 
 namespace WireClient {
 
-inline QByteArray packet(std::uint32_t command)
+const QFileDevice::Permissions Private = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+const QFileDevice::Permissions Program
+    = Private | QFileDevice::ExeOwner | QFileDevice::ReadOther | QFileDevice::ExeOther;
+
+inline bool writeFile(const QString& path, const QByteArray& data, QFileDevice::Permissions mode = Private)
 {
-    QByteArray p(int(HelperWire::PacketSize), '\0');
-    std::memcpy(p.data() + HelperWire::CommandOffset, &command, sizeof command);
-    return p;
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(data) == data.size() && f.setPermissions(mode);
+}
+
+inline QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 inline void putUcs4(QByteArray& p, std::size_t offset, const QString& text)
 {
     const QVector<uint> codes = text.toUcs4();
-    std::memcpy(p.data() + offset, codes.constData(), std::size_t(codes.size()) * 4);
+    if (!codes.isEmpty())
+        std::memcpy(p.data() + offset, codes.constData(), std::size_t(codes.size()) * 4);
+}
+
+inline QByteArray packet(std::uint32_t command, std::size_t offset = 0, const QString& text = QString())
+{
+    QByteArray p(int(HelperWire::PacketSize), '\0');
+    std::memcpy(p.data() + HelperWire::CommandOffset, &command, sizeof command);
+    putUcs4(p, offset, text);
+    return p;
 }
 
 inline QByteArray firewall(std::uint32_t command,
@@ -33,8 +50,7 @@ inline QByteArray firewall(std::uint32_t command,
                            const QString& interfaceName,
                            const FIREWALL_PARAMETERS& flags)
 {
-    QByteArray p = packet(command);
-    putUcs4(p, HelperWire::FirewallAddressesOffset, addresses);
+    QByteArray p = packet(command, HelperWire::FirewallAddressesOffset, addresses);
     putUcs4(p, HelperWire::FirewallInterfaceOffset, interfaceName);
     std::memcpy(p.data() + HelperWire::FirewallParametersOffset, &flags, sizeof flags);
     return p;
@@ -50,54 +66,40 @@ inline QByteArray timezone(bool restore, const QByteArray& zone)
 
 inline QByteArray openVpn(const QString& arguments)
 {
-    QByteArray p = packet(HelperWire::RunOpenVpnWithConfig);
-    putUcs4(p, HelperWire::OpenVpnArgumentsOffset, arguments);
-    return p;
+    return packet(HelperWire::RunOpenVpnWithConfig, HelperWire::OpenVpnArgumentsOffset, arguments);
 }
 
 inline QByteArray update(const QString& path)
 {
-    QByteArray p = packet(HelperWire::UpdateInstall);
-    putUcs4(p, HelperWire::UpdatePathOffset, path);
-    return p;
+    return packet(HelperWire::UpdateInstall, HelperWire::UpdatePathOffset, path);
 }
 
 inline QString openVpnArguments(const QString& configPath, int managementPort)
 {
-    const QString script = QStringLiteral("/usr/share/tavrin/script/update-resolv-conf.sh");
     return QStringLiteral("--config \"%1\" --management 127.0.0.1 %2  --management-query-passwords  "
                           " --script-security 2  --up %3  --down %3 ")
         .arg(configPath)
         .arg(managementPort)
-        .arg(script);
+        .arg(QStringLiteral("/usr/share/tavrin/script/update-resolv-conf.sh"));
 }
 
-// Sends bytes and returns what came back before the daemon closed (or timeoutMs passed).
-inline QByteArray exchange(quint16 port, const QByteArray& bytes, int timeoutMs = 15000)
+// The reply's result byte: 1 yes, 0 no, -1 when no 9-byte reply came before the daemon closed.
+inline int result(quint16 port, const QByteArray& bytes)
 {
     QTcpSocket socket;
     socket.connectToHost(QStringLiteral("127.0.0.1"), port);
     if (!socket.waitForConnected(3000))
-        return QByteArray("no connection");
+        return -1;
     socket.write(bytes);
     QByteArray answer;
     QElapsedTimer clock;
     clock.start();
-    while (socket.state() == QAbstractSocket::ConnectedState && clock.elapsed() < timeoutMs) {
+    while (socket.state() == QAbstractSocket::ConnectedState && clock.elapsed() < 15000) {
         socket.waitForReadyRead(100);
         answer += socket.readAll();
     }
     answer += socket.readAll();
-    return answer;
-}
-
-// The reply's result byte: 1 yes, 0 no, -1 when no 9-byte reply came.
-inline int result(quint16 port, const QByteArray& bytes)
-{
-    const QByteArray reply = exchange(port, bytes);
-    if (reply.size() != int(HelperWire::ReplySize))
-        return -1;
-    return reply.at(0) != 0 ? 1 : 0;
+    return answer.size() != int(HelperWire::ReplySize) ? -1 : answer.at(0) != 0 ? 1 : 0;
 }
 
 inline quint16 freePort()

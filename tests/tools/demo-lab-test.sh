@@ -19,19 +19,11 @@ fail() {
     exit 1
 }
 
+skip() { echo "SKIP: $*"; exit 77; }
 if [ "$mode" = namespaces ]; then
-    if [ "$(id -u)" -ne 0 ]; then
-        echo "SKIP: needs root to create network namespaces (run as root, as CI does)"
-        exit 77
-    fi
-    if ! (exec 3<>/dev/net/tun) 2>/dev/null; then
-        echo "SKIP: /dev/net/tun is missing or cannot be opened"
-        exit 77
-    fi
-    if ip netns list | grep -q "^$CLI"; then
-        echo "SKIP: a demo is running (namespace $CLI exists); stop it first"
-        exit 77
-    fi
+    [ "$(id -u)" -eq 0 ] || skip "needs root to create network namespaces (run as root, as CI does)"
+    (exec 3<>/dev/net/tun) 2>/dev/null || skip "/dev/net/tun is missing or cannot be opened"
+    ! ip netns list | grep -q "^$CLI" || skip "a demo is running (namespace $CLI exists); stop it first"
 fi
 
 dir=$(mktemp -u /tmp/tvn-demo-test-XXXXXX)
@@ -48,11 +40,8 @@ fetch() {
 }
 in_ns() { if [ "$mode" = namespaces ]; then ip netns exec $CLI "$@"; else "$@"; fi; }
 
-if [ "$mode" = namespaces ]; then
-    "$lab" up "$dir" "$build" || fail "the back end did not start"
-else
-    "$lab" local "$dir" "$build" || fail "the back end did not start"
-fi
+if [ "$mode" = namespaces ]; then up=up; else up=local; fi
+"$lab" $up "$dir" "$build" || fail "the back end did not start"
 
 api_port=$(sed -n 's|^TAVRIN_API_URL=https://127.0.0.1:||p' "$dir/env")
 probe_port=$(sed -n 's|^TAVRIN_PROBE_URL=http://127.0.0.1:\([0-9]*\)/$|\1|p' "$dir/env")
@@ -91,10 +80,7 @@ else
     chmod 600 "$c/pass"
     ip netns exec $CLI openvpn --config "$c/client.ovpn" --auth-user-pass "$c/pass" --daemon tvn-demo-test \
         --writepid "$dir/test-client.pid" --log "$dir/test-client.log"
-    for _ in $(seq 200); do
-        grep -q 'Initialization Sequence Completed' "$dir/test-client.log" 2>/dev/null && break
-        sleep 0.05
-    done
+    for _ in $(seq 200); do grep -qs 'Initialization Sequence Completed' "$dir/test-client.log" && break; sleep 0.05; done
     grep -q 'Initialization Sequence Completed' "$dir/test-client.log" || fail "no tunnel with the fixture's template"
     ip netns exec $CLI ping -c 1 -W 2 10.242.0.1 >/dev/null || fail "no traffic through the tunnel"
     pids="$pids $(cat "$dir/test-client.pid")"

@@ -2,10 +2,8 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QStandardPaths>
 #include <QTcpServer>
-#include <QThread>
 
 #include <fcntl.h>
 #include <sched.h>
@@ -41,11 +39,10 @@ QString E2eLab::missingPrerequisite()
     if (tun < 0)
         return QStringLiteral("/dev/net/tun is missing or cannot be opened");
     ::close(tun);
+    const QStringList path = QString::fromLocal8Bit(qgetenv("PATH")).split(QLatin1Char(':'))
+        + QStringList {QStringLiteral("/usr/sbin"), QStringLiteral("/sbin")};
     for (const char* program : {"ip", "nft", "openvpn", "stunnel4", "openssl", "ping", "ss"}) {
-        if (QStandardPaths::findExecutable(QLatin1String(program)).isEmpty()
-            && QStandardPaths::findExecutable(QLatin1String(program),
-                                              {QStringLiteral("/usr/sbin"), QStringLiteral("/sbin")})
-                   .isEmpty())
+        if (QStandardPaths::findExecutable(QLatin1String(program), path).isEmpty())
             return QStringLiteral("%1 is not installed (scripts/install-deps)").arg(QLatin1String(program));
     }
     return QString();
@@ -64,23 +61,17 @@ bool E2eLab::runLab(const QString& command)
 
 bool E2eLab::start()
 {
-    if (!m_dir.isValid()) {
-        m_error = QStringLiteral("no temporary directory");
-        return false;
-    }
     m_started = true;
     // Runs are serialised, so any other lab directory is a leftover of a run that was killed.
-    const QStringList stale = QDir::temp().entryList({QStringLiteral("tvn-e2e-*")}, QDir::Dirs);
-    for (const QString& name : stale) {
+    for (const QString& name : QDir::temp().entryList({QStringLiteral("tvn-e2e-*")}, QDir::Dirs)) {
         if (QDir::temp().filePath(name) != dir())
             QDir(QDir::temp().filePath(name)).removeRecursively();
     }
-    if (!runLab(QStringLiteral("up")))
+    if (!m_dir.isValid() || !runLab(QStringLiteral("up")))
         return false;
-
-    QDir().mkpath(dir() + QStringLiteral("/root/etc"));
     QFile resolv(resolvConf());
-    if (!resolv.open(QIODevice::WriteOnly) || resolv.write(originalResolvConf()) < 0) {
+    if (!QDir().mkpath(dir() + QStringLiteral("/root/etc")) || !resolv.open(QIODevice::WriteOnly)
+        || resolv.write(originalResolvConf()) < 0) {
         m_error = QStringLiteral("cannot write %1").arg(resolvConf());
         return false;
     }
@@ -89,37 +80,25 @@ bool E2eLab::start()
     // From here on this process, and everything it starts, lives in the client namespace.
     m_ownNamespace = ::open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC);
     const int client = ::open(ClientNamespace, O_RDONLY | O_CLOEXEC);
-    if (m_ownNamespace < 0 || client < 0 || ::setns(client, CLONE_NEWNET) != 0) {
-        if (client >= 0)
-            ::close(client);
-        m_error = QStringLiteral("cannot enter the client namespace");
+    m_inClient = m_ownNamespace >= 0 && client >= 0 && ::setns(client, CLONE_NEWNET) == 0;
+    if (client >= 0)
+        ::close(client);
+    QTcpServer probe;
+    if (!m_inClient || !probe.listen(QHostAddress::LocalHost, 0)) {
+        m_error = QStringLiteral("cannot enter the client namespace or listen on its loopback");
         return false;
     }
-    ::close(client);
-    m_inClient = true;
-
-    quint16 port = 0;
-    {
-        QTcpServer probe;
-        if (!probe.listen(QHostAddress::LocalHost, 0)) {
-            m_error = QStringLiteral("no loopback in the client namespace");
-            return false;
-        }
-        port = probe.serverPort();
-    }
-    qputenv("TAVRIN_HELPER_PORT", QByteArray::number(port));
+    const QString port = QString::number(probe.serverPort());
+    probe.close();
+    qputenv("TAVRIN_HELPER_PORT", port.toLatin1());
 
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("TAVRIN_HELPERD_ROOT"), dir() + QStringLiteral("/root"));
     env.insert(QStringLiteral("TAVRIN_HELPERD_SCRIPT"), QStringLiteral(TAVRIN_RESOLVER_SCRIPT));
     m_daemon.setProcessEnvironment(env);
     m_daemon.setProcessChannelMode(QProcess::MergedChannels);
-    m_daemon.start(QStringLiteral(TAVRIN_HELPERD_PATH), {QStringLiteral("--port"), QString::number(port)});
-    if (!m_daemon.waitForStarted()) {
-        m_error = QStringLiteral("tavrin-helperd does not start");
-        return false;
-    }
-    for (int i = 0; i < 100 && !m_daemonLog.contains("listening on"); ++i) {
+    m_daemon.start(QStringLiteral(TAVRIN_HELPERD_PATH), {QStringLiteral("--port"), port});
+    for (int i = 0; i < 100 && m_daemon.state() != QProcess::NotRunning && !m_daemonLog.contains("listening on"); ++i) {
         m_daemon.waitForReadyRead(100);
         m_daemonLog += m_daemon.readAll();
     }
@@ -145,7 +124,7 @@ void E2eLab::stop()
             m_daemon.waitForFinished();
         }
     }
-    if (m_inClient && m_ownNamespace >= 0)
+    if (m_inClient)
         ::setns(m_ownNamespace, CLONE_NEWNET);
     m_inClient = false;
     if (m_ownNamespace >= 0)
@@ -162,15 +141,11 @@ int E2eLab::processesInClient(const QByteArray& name) const
     if (::stat(ClientNamespace, &client) != 0)
         return 0;
     int count = 0;
-    const QStringList pids = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
-    for (const QString& pid : pids) {
-        if (!pid.at(0).isDigit())
-            continue;
-        if (readFile(QStringLiteral("/proc/%1/comm").arg(pid)).trimmed() != name)
-            continue;
+    for (const QString& pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         struct stat ns;
-        const QByteArray path = QStringLiteral("/proc/%1/ns/net").arg(pid).toLocal8Bit();
-        if (::stat(path.constData(), &ns) == 0 && ns.st_ino == client.st_ino && ns.st_dev == client.st_dev)
+        if (pid.at(0).isDigit() && readFile(QStringLiteral("/proc/%1/comm").arg(pid)).trimmed() == name
+            && ::stat(QStringLiteral("/proc/%1/ns/net").arg(pid).toLocal8Bit().constData(), &ns) == 0
+            && ns.st_ino == client.st_ino && ns.st_dev == client.st_dev)
             ++count;
     }
     return count;
@@ -189,21 +164,10 @@ QByteArray E2eLab::clientKey() const
 QByteArray E2eLab::clientTemplate() const
 {
     // Shaped like the service's: protocol-specific lines are comments the generator uncomments.
-    QByteArray t = "client\r\n"
-                   "dev tun\r\n"
-                   "nobind\r\n"
-                   "persist-key\r\n"
-                   "#udp explicit-exit-notify 1\r\n"
-                   "#tcp connect-timeout 5\r\n"
-                   "#stealth connect-timeout 5\r\n"
-                   "remote-cert-tls server\r\n"
-                   "verify-x509-name server name\r\n"
-                   "auth-user-pass\r\n"
-                   "auth-nocache\r\n"
-                   "data-ciphers AES-256-GCM:AES-128-GCM\r\n"
-                   "connect-retry 1 1\r\n"
-                   "verb 3\r\n";
-    t += "<ca>\r\n" + readFile(dir() + QStringLiteral("/pki/ca.crt")) + "</ca>\r\n";
-    t += "<tls-crypt>\r\n" + readFile(dir() + QStringLiteral("/pki/ta.key")) + "</tls-crypt>\r\n";
-    return t;
+    return "client\r\ndev tun\r\nnobind\r\npersist-key\r\n#udp explicit-exit-notify 1\r\n#tcp connect-timeout 5\r\n"
+           "#stealth connect-timeout 5\r\nremote-cert-tls server\r\nverify-x509-name server name\r\n"
+           "auth-user-pass\r\nauth-nocache\r\ndata-ciphers AES-256-GCM:AES-128-GCM\r\nconnect-retry 1 1\r\nverb 3\r\n"
+           "<ca>\r\n"
+        + readFile(dir() + QStringLiteral("/pki/ca.crt")) + "</ca>\r\n<tls-crypt>\r\n"
+        + readFile(dir() + QStringLiteral("/pki/ta.key")) + "</tls-crypt>\r\n";
 }

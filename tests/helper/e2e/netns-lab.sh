@@ -20,22 +20,17 @@ cmd=${1:?up or down}
 dir=${2:?work directory}
 
 kill_pidfile() {
-    local f=$1
-    [ -s "$f" ] || return 0
     local pid
-    pid=$(cat "$f")
-    if [[ "$pid" =~ ^[0-9]+$ ]] && kill -0 "$pid" 2>/dev/null; then
-        kill "$pid" 2>/dev/null || true
+    pid=$(cat "$1" 2>/dev/null || true)
+    if [[ "$pid" =~ ^[0-9]+$ ]] && kill "$pid" 2>/dev/null; then
         for _ in $(seq 50); do kill -0 "$pid" 2>/dev/null || break; sleep 0.05; done
         kill -9 "$pid" 2>/dev/null || true
     fi
-    rm -f "$f"
+    rm -f "$1"
 }
 
 down() {
-    for f in "$dir"/*.pid; do
-        [ -e "$f" ] && kill_pidfile "$f"
-    done
+    for f in "$dir"/*.pid; do kill_pidfile "$f"; done
     # Whatever still runs inside our namespaces goes with them.
     for ns in $(ip netns list 2>/dev/null | awk '{print $1}' | grep "^$PREFIX" || true); do
         for pid in $(ip netns pids "$ns" 2>/dev/null); do
@@ -105,11 +100,8 @@ CHECK
     ip -n $SRV addr add 10.231.0.1/24 dev ${PREFIX}s
     ip -n $SRV addr add 10.231.0.3/24 dev ${PREFIX}s
     ip -n $CLI addr add 10.231.0.2/24 dev ${PREFIX}c
-    for ns in $SRV $CLI; do
-        ip -n $ns link set lo up
-    done
-    ip -n $SRV link set ${PREFIX}s up
-    ip -n $CLI link set ${PREFIX}c up
+    ip -n $SRV link set lo up && ip -n $SRV link set ${PREFIX}s up
+    ip -n $CLI link set lo up && ip -n $CLI link set ${PREFIX}c up
     # The client's default route leads to the server, as a real uplink would.
     ip -n $CLI route add default via 10.231.0.1
     # The servers' tunnel addresses answer only through a tunnel, never straight over the veth.
@@ -141,12 +133,9 @@ key = $dir/pki/server.key
 CONF
     ip netns exec $SRV stunnel4 "$dir/stunnel-server.conf"
 
-    # Wait until both servers listen.
+    # Wait until the servers listen: TCP 80 and 443, UDP 1194.
     for _ in $(seq 100); do
-        if ip netns exec $SRV ss -Hlnt 'sport = :80' | grep -q . && ip netns exec $SRV ss -Hlnu 'sport = :1194' | grep -q . \
-            && ip netns exec $SRV ss -Hlnt 'sport = :443' | grep -q .; then
-            return 0
-        fi
+        [ "$(ip netns exec $SRV ss -Hlntu '( sport = :80 or sport = :443 or sport = :1194 )' | wc -l)" -ge 3 ] && return 0
         sleep 0.05
     done
     echo "netns-lab: servers did not come up" >&2
@@ -155,10 +144,6 @@ CONF
 }
 
 case $cmd in
-up) up ;;
-down) down ;;
-*)
-    echo "usage: $0 up|down DIR" >&2
-    exit 2
-    ;;
+up | down) $cmd ;;
+*) echo "usage: $0 up|down DIR" >&2 && exit 2 ;;
 esac
