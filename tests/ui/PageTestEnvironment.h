@@ -27,8 +27,6 @@ public:
         qputenv("TAVRIN_PROBE_URL", "http://127.0.0.1:1/");
     }
 
-    QString homePath() const { return m_root.path() + QStringLiteral("/home"); }
-
 private:
     QTemporaryDir m_root;
 };

@@ -40,42 +40,34 @@ private slots:
     {
         QTest::addColumn<int>("logins");
         QTest::addColumn<QString>("vpnLogin");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<bool>("change");
-        QTest::newRow("one login hides Change") << 1 << "vpn-demo1"
-                                                << "vpn-demo1" << false;
-        QTest::newRow("several logins show Change") << 2 << "vpn-demo2"
-                                                    << "vpn-demo2" << true;
+        QTest::newRow("one login hides Change") << 1 << "vpn-demo1";
+        QTest::newRow("several logins show Change") << 2 << "vpn-demo2";
     }
     void loginAndExpiry()
     {
         QFETCH(int, logins);
         QFETCH(QString, vpnLogin);
-        QFETCH(QString, shown);
-        QFETCH(bool, change);
-        m_service.fixture().logins.resize(logins);
+        FakeFixture& fixture = m_service.fixture();
+        fixture.logins.resize(logins);
         // A login with blanks around it is shown without them.
-        m_service.fixture().logins.last().user = QStringLiteral(" %1 ").arg(vpnLogin);
+        const QString stored = QStringLiteral(" %1 ").arg(vpnLogin);
+        fixture.logins.last().user = stored;
         // Servers of logins the account does not have would add those logins to the client's list.
-        for (FakeServer& server : m_service.fixture().servers) {
-            if (logins == 1)
-                server.user = m_service.fixture().logins.first().user;
-        }
+        for (FakeServer& server : fixture.servers)
+            server.user = logins == 1 ? stored : server.user;
         signIn();
-        LocalSettings::instance()->setValue(Keys::VpnLogin, QStringLiteral(" %1 ").arg(vpnLogin));
+        LocalSettings::instance()->setValue(Keys::VpnLogin, stored);
         AccountWindow page;
         QSignalSpy changed(&page, &AccountWindow::accountChanged);
         page.show();
         QVERIFY(QTest::qWaitForWindowExposed(&page));
-        QCOMPARE(page.loginLabel()->text(), shown);
-        const Subscription subscription
-            = NetworkManager::instance()->subscription(QStringLiteral(" %1 ").arg(vpnLogin));
-        QVERIFY(subscription.expiresTime().isValid());
+        QCOMPARE(page.loginLabel()->text(), vpnLogin);
+        const QDateTime expiry = NetworkManager::instance()->subscription(stored).expiresTime();
+        QVERIFY(expiry.isValid());
         QCOMPARE(page.expiresLabel()->text(),
-                 QStringLiteral("VPN subscription expires: %1")
-                     .arg(subscription.expiresTime().toString(QStringLiteral("dd.MM.yyyy"))));
-        QCOMPARE(page.changeButton()->isVisible(), change);
-        if (change) {
+                 QStringLiteral("VPN subscription expires: %1").arg(expiry.toString(QStringLiteral("dd.MM.yyyy"))));
+        QCOMPARE(page.changeButton()->isVisible(), logins > 1);
+        if (logins > 1) {
             QTest::mouseClick(page.changeButton(), Qt::LeftButton);
             QCOMPARE(changed.count(), 1);
         }
@@ -87,10 +79,8 @@ private slots:
         QTest::addColumn<bool>("visibleAtAnswer");
         QTest::addColumn<QString>("loginSent");
         QTest::newRow("renew on the visible page") << "renew" << true << "vpn-demo1";
-        QTest::newRow("buy on the visible page") << "buy" << true << "";
         QTest::newRow("late answer after leaving the page") << "buy" << false << "";
         QTest::newRow("purchase page, visible") << "purchase" << true << "";
-        QTest::newRow("purchase page, late answer") << "purchase" << false << "";
     }
     void linkAnswer()
     {
@@ -117,34 +107,17 @@ private slots:
             page->hide();
         QVERIFY(answered.wait(10000));
         QVERIFY(pressed->isEnabled());
-        QCOMPARE(m_opened.size(), visibleAtAnswer ? 1 : 0);
-        if (visibleAtAnswer)
-            QCOMPARE(m_opened.first(), QUrl(QStringLiteral("https://velmora.com/buy")));
-
+        QCOMPARE(m_opened,
+                 visibleAtAnswer ? QVector<QUrl> {QUrl(QStringLiteral("https://velmora.com/buy"))} : QVector<QUrl>());
         int buyRequests = 0;
         for (const QUrl& url : m_service.requests()) {
             const QUrlQuery query(url);
-            if (query.queryItemValue(QStringLiteral("act")) != QLatin1String("buy"))
-                continue;
-            ++buyRequests;
-            QCOMPARE(query.queryItemValue(QStringLiteral("loginvpn")), loginSent);
+            if (query.queryItemValue(QStringLiteral("act")) == QLatin1String("buy")) {
+                ++buyRequests;
+                QCOMPARE(query.queryItemValue(QStringLiteral("loginvpn")), loginSent);
+            }
         }
         QCOMPARE(buyRequests, 1);
-    }
-
-    void pagesSignalLeaving()
-    {
-        AccountWindow account;
-        SubscriptionPurchaseWindow purchase;
-        QSignalSpy back(&account, &AccountWindow::back);
-        QSignalSpy accountOut(&account, &AccountWindow::returnToSignUp);
-        QSignalSpy purchaseOut(&purchase, &SubscriptionPurchaseWindow::returnToSignUp);
-        QTest::mouseClick(account.backButton(), Qt::LeftButton);
-        QTest::mouseClick(account.logOutButton(), Qt::LeftButton);
-        QTest::mouseClick(purchase.logOutButton(), Qt::LeftButton);
-        QCOMPARE(back.count(), 1);
-        QCOMPARE(accountOut.count(), 1);
-        QCOMPARE(purchaseOut.count(), 1);
     }
 
 private:
