@@ -538,7 +538,7 @@ void NetworkManager::saveCachedData()
     QStringList lines;
     lines.reserve(m_servers.size());
     for (const ServerInfo& server : qAsConst(m_servers))
-        lines.append(ServerLines::line(server));
+        lines.append(server);
     store->setValue(Keys::CachedServers, lines);
     store->setValue(Keys::CachedConfig, m_config);
     store->setValue(Keys::CachedCertif, cacheMapToArray(m_certificates));
