@@ -2,37 +2,26 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
-// A private world for one test process: its own settings, data and temporary directories, a `ping` that does
-// nothing, and every service address on loopback, so that nothing leaves the machine. Create it in main()
-// before the application object.
+// A private world for one test process: own settings, data and temporary directories, a `ping` that does nothing,
+// and every service address on loopback port 1, where nothing listens. Create it before the application object.
 class ApiTestEnvironment
 {
 public:
     ApiTestEnvironment()
     {
-        const QString root = m_root.path();
+        const QByteArray root = QFile::encodeName(m_root.path());
         for (const char* sub : {"config", "data", "tmp", "bin"})
-            QDir(root).mkpath(QLatin1String(sub));
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(root + QStringLiteral("/config")));
-        qputenv("XDG_DATA_HOME", QFile::encodeName(root + QStringLiteral("/data")));
-        qputenv("TMPDIR", QFile::encodeName(root + QStringLiteral("/tmp")));
-        QFile::link(QStringLiteral("/bin/true"), root + QStringLiteral("/bin/ping"));
-        qputenv("PATH", QFile::encodeName(root + QStringLiteral("/bin:")) + qgetenv("PATH"));
-        // Port 1 on loopback: nothing listens there, so the defaults fail fast and locally.
-        qputenv("TAVRIN_API_URL", "https://127.0.0.1:1");
-        qputenv("TAVRIN_SITE_URL", "https://127.0.0.1:1");
+            QDir(m_root.path()).mkpath(QLatin1String(sub));
+        qputenv("XDG_CONFIG_HOME", root + "/config");
+        qputenv("XDG_DATA_HOME", root + "/data");
+        qputenv("TMPDIR", root + "/tmp");
+        QFile::link(QStringLiteral("/bin/true"), m_root.path() + QStringLiteral("/bin/ping"));
+        qputenv("PATH", root + "/bin:" + qgetenv("PATH"));
+        for (const char* name : {"TAVRIN_API_URL", "TAVRIN_SITE_URL"})
+            qputenv(name, "https://127.0.0.1:1");
         qputenv("TAVRIN_PROBE_URL", "http://127.0.0.1:1/");
-    }
-
-    QString tempPath() const { return m_root.path() + QStringLiteral("/tmp"); }
-
-    static void setIdentity(QCoreApplication& app)
-    {
-        app.setOrganizationName(QStringLiteral("QOLV"));
-        app.setApplicationName(QStringLiteral("Tavrin"));
     }
 
 private:
@@ -44,7 +33,8 @@ private:
     {                                                                                                                  \
         ApiTestEnvironment environment;                                                                                \
         QCoreApplication app(argc, argv);                                                                              \
-        ApiTestEnvironment::setIdentity(app);                                                                          \
+        app.setOrganizationName(QStringLiteral("QOLV"));                                                               \
+        app.setApplicationName(QStringLiteral("Tavrin"));                                                              \
         TestClass test;                                                                                                \
         return QTest::qExec(&test, argc, argv);                                                                        \
     }

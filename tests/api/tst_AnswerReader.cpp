@@ -7,7 +7,6 @@
 namespace {
 const char* const attributeNames[] = {"name", "user", "type", "a:b"};
 
-// One line per child of the document element as the walk over a parsed document saw it.
 QStringList treeWalk(const QByteArray& body)
 {
     QDomDocument doc(QStringLiteral("request"));
@@ -50,7 +49,6 @@ QStringList streamWalk(const QByteArray& body)
 }
 } // namespace
 
-// The streaming walk of the large answers against the walk over a parsed document that it replaces.
 class TestAnswerReader : public QObject
 {
     Q_OBJECT
@@ -70,33 +68,17 @@ private slots:
         QTest::newRow("entities declared in the doctype") << QByteArray(
             "<!DOCTYPE r [<!ENTITY t \"dHJ1ZQ==\"><!ENTITY v \"<vpn name='e'/>\">]><r><auth>&t;</auth>&v;</r>")
                                                           << 0;
-        QTest::newRow("attribute defaults of the doctype are not the element's")
-            << QByteArray("<!DOCTYPE r [<!ATTLIST vpn user CDATA \"def\">]><r><vpn name=\"a\"/></r>") << 0;
         QTest::newRow("CDATA is text") << QByteArray("<r><config><![CDATA[abc<def>]]>ghi<![CDATA[ ]]></config></r>")
                                        << 0;
-        QTest::newRow("comments and instructions between and inside children")
-            << QByteArray("<r><!--c--><?pi x?><auth>a<!-- x -->b<?p?>c</auth>loose text<!--y--><key/></r>") << 0;
         QTest::newRow("unknown children with nested elements are passed whole")
             << QByteArray("<r><unknown><vpn name=\"no\"/><deeper><x>t</x></deeper></unknown><vpn name=\"yes\"/></r>")
             << 0;
-        QTest::newRow("text split by child elements") << QByteArray("<r><cert>ab<b>cd<i>ef</i></b>gh</cert></r>") << 0;
-        QTest::newRow("whitespace between markup is no text") << QByteArray(
-            "<r>\n  <key>\n  a \n </key>\n  <upgrade>\n <ver> MS4w </ver>\n <link>bA==</link>\n</upgrade></r>")
-                                                              << 0;
         QTest::newRow("update offer parts") << QByteArray(
             "<r><upgrade>x<ver>MS4w</ver><!--c--><link>bA==<y>QQ==</y></link><ver>Mi4w</ver></upgrade></r>")
                                             << 0;
-        QTest::newRow("prefixed names are taken as written")
-            << QByteArray("<a:r xmlns:a=\"urn:x\"><a:vpn a:b=\"1\" name=\"n\"/><b:vpn/></a:r>") << 0;
-        QTest::newRow("a document of the root alone") << QByteArray("<r/>") << 0;
         QTest::newRow("not XML") << QByteArray("<html>Service unavailable") << 0;
-        QTest::newRow("empty body") << QByteArray() << 0;
-        QTest::newRow("UTF-16 with byte order mark")
-            << QByteArray("\xff\xfe<\0r\0>\0<\0k\0/\0>\0<\0/\0r\0>\0", 20) << 0;
         QTest::newRow("truncated between children") << QByteArray("<r><config>YWJj</config><vpn name=\"x\"/>") << 0;
-        QTest::newRow("truncated in a start tag") << QByteArray("<r><config>YWJj</config><vpn name=\"x\" ip=") << 0;
         QTest::newRow("truncated in a text") << QByteArray("<r><config>YWJj</config><cert>ZGVm") << 1;
-        QTest::newRow("truncated in an end tag") << QByteArray("<r><config>YWJj</config><cert>ZGVm</ce") << 1;
         QTest::newRow("truncated in a nested element")
             << QByteArray("<r><config>YWJj</config><upgrade><ver>MS4w</ver><link>bA") << 1;
         QTest::newRow("mismatched end tag") << QByteArray("<r><key>a</key><cert>b</key><vpn/></r>") << 1;

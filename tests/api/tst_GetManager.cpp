@@ -3,14 +3,12 @@
 #include "ApiTestEnvironment.h"
 #include "FakeService.h"
 #include "GetManager.h"
-#include "ServiceUrls.h"
 
 // The request channel against the fake service over real HTTPS on loopback.
 class TestGetManager : public QObject
 {
     Q_OBJECT
 
-private:
     FakeService m_service;
     FakeService m_probeSite;
 
@@ -23,7 +21,6 @@ private slots:
         QVERIFY2(m_service.start(0, &error), qPrintable(error));
         m_probeSite.setPlainHttp(true);
         QVERIFY2(m_probeSite.start(0, &error), qPrintable(error));
-        m_service.fixture().timezone = QStringLiteral("Europe/Berlin");
     }
     void init()
     {
@@ -34,23 +31,18 @@ private slots:
     void resendsFailedAttempts_data()
     {
         QTest::addColumn<int>("failures");
-        QTest::addColumn<int>("fault");
         QTest::addColumn<int>("attempts");
         QTest::addColumn<bool>("success");
-        const int httpError = int(FakeService::Fault::HttpError);
-        QTest::newRow("first attempt answers") << 0 << httpError << 1 << true;
-        QTest::newRow("HTTP error then success on the first re-send") << 1 << httpError << 2 << true;
-        QTest::newRow("five failures then success on the last re-send") << 5 << httpError << 6 << true;
-        QTest::newRow("six failures give up") << 6 << httpError << 6 << false;
-        QTest::newRow("a seventh attempt is never made") << 100 << httpError << 6 << false;
+        QTest::newRow("first attempt answers") << 0 << 1 << true;
+        QTest::newRow("five failures then success on the last re-send") << 5 << 6 << true;
+        QTest::newRow("a seventh attempt is never made") << 100 << 6 << false;
     }
     void resendsFailedAttempts()
     {
         QFETCH(int, failures);
-        QFETCH(int, fault);
         QFETCH(int, attempts);
         QFETCH(bool, success);
-        m_service.failNext(failures, FakeService::Fault(fault));
+        m_service.failNext(failures, FakeService::Fault::HttpError);
         GetManager channel(10000, nullptr);
         QSignalSpy finished(&channel, &GetManager::finished);
         channel.getAsync(timeUrl(), 3);
@@ -60,26 +52,8 @@ private slots:
         QCOMPARE(channel.success, success);
         QCOMPARE(channel.errorString.isEmpty(), success);
         QCOMPARE(channel.retryCount, attempts - 1);
-        if (success)
-            QVERIFY(channel.data.contains("<timezone>"));
-        // Nothing more arrives once the request has been reported.
         QTest::qWait(50);
         QCOMPARE(finished.count(), 1);
-    }
-
-    void droppedConnectionsEndInFailure()
-    {
-        // Qt's HTTP layer itself re-sends once on a connection closed before any answer, so only the outcome
-        // is fixed here, not the count at the fake.
-        m_service.setFault(FakeService::Fault::Close);
-        GetManager channel(10000, nullptr);
-        QSignalSpy finished(&channel, &GetManager::finished);
-        channel.getAsync(timeUrl(), 1);
-        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 20000);
-        QVERIFY(!channel.success);
-        QVERIFY(!channel.errorString.isEmpty());
-        QCOMPARE(channel.retryCount, 5);
-        QVERIFY(m_service.requestCount() >= 6);
     }
 
     void failedRequestKeepsPreviousBody()
@@ -89,8 +63,7 @@ private slots:
         channel.getAsync(timeUrl(), 3);
         QTRY_COMPARE(finished.count(), 1);
         const QByteArray first = channel.data;
-        QVERIFY(!first.isEmpty());
-
+        QVERIFY(first.contains("<timezone>"));
         m_service.setFault(FakeService::Fault::HttpError);
         channel.getAsync(timeUrl(), 3);
         QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 2, 20000);
@@ -106,56 +79,33 @@ private slots:
         channel.getAsync(timeUrl(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 20000);
         QVERIFY(!channel.success);
-        QVERIFY(!channel.errorString.isEmpty());
         QTRY_COMPARE(m_service.requestCount(), 6);
         QTest::qWait(300);
         QCOMPARE(m_service.requestCount(), 6);
     }
 
-    void slowAnswerWithinTimeLimitIsTaken()
-    {
-        m_service.setDelay(150);
-        GetManager channel(5000, nullptr);
-        QSignalSpy finished(&channel, &GetManager::finished);
-        channel.getAsync(timeUrl(), 3);
-        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 10000);
-        QVERIFY(channel.success);
-        QCOMPARE(m_service.requestCount(), 1);
-    }
-
     void probeTellsNetworkFromNoNetwork_data()
     {
-        QTest::addColumn<QString>("target");
+        QTest::addColumn<bool>("refused");
         QTest::addColumn<int>("fault");
         QTest::addColumn<bool>("connected");
-        QTest::newRow("page with a body means connected")
-            << QStringLiteral("site") << int(FakeService::Fault::None) << true;
-        QTest::newRow("empty answer counts as no network")
-            << QStringLiteral("site") << int(FakeService::Fault::Empty) << false;
-        QTest::newRow("refused connection means no network")
-            << QStringLiteral("refused") << int(FakeService::Fault::None) << false;
-        QTest::newRow("silent site times out as no network")
-            << QStringLiteral("site") << int(FakeService::Fault::Hang) << false;
+        QTest::newRow("page with a body") << false << int(FakeService::Fault::None) << true;
+        QTest::newRow("empty answer") << false << int(FakeService::Fault::Empty) << false;
+        QTest::newRow("refused connection") << true << int(FakeService::Fault::None) << false;
     }
     void probeTellsNetworkFromNoNetwork()
     {
-        QFETCH(QString, target);
+        QFETCH(bool, refused);
         QFETCH(int, fault);
-        QFETCH(bool, connected);
         m_probeSite.setFault(FakeService::Fault(fault));
-        const QByteArray url = target == QLatin1String("site") ? (m_probeSite.baseUrl() + QStringLiteral("/")).toUtf8()
-                                                               : QByteArray("http://127.0.0.1:1/");
-        qputenv("TAVRIN_PROBE_URL", url);
-        QCOMPARE(ServiceUrls::probe(), QString::fromUtf8(url));
-
+        qputenv("TAVRIN_PROBE_URL", refused ? "http://127.0.0.1:1/" : (m_probeSite.baseUrl() + "/").toUtf8());
         GetManager channel(300, nullptr);
         QSignalSpy finished(&channel, &GetManager::finished);
         channel.getAsync(timeUrl(), 3);
         QTRY_COMPARE(finished.count(), 1);
         const QByteArray answer = channel.data;
-
-        QCOMPARE(channel.checkInternetBlock(), connected);
-        // The probe is not the channel's business: its last answer stays and no handler hears of the probe.
+        QTEST(channel.checkInternetBlock(), "connected");
+        // The probe leaves the channel's last answer alone and reports to no handler.
         QVERIFY(channel.success);
         QCOMPARE(channel.data, answer);
         QCOMPARE(finished.count(), 1);

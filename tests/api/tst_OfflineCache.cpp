@@ -12,7 +12,6 @@ class TestOfflineCache : public QObject
 {
     Q_OBJECT
 
-private:
     FakeService m_service;
 
     // A new settings store and a new client over the same file, as after a restart.
@@ -49,8 +48,7 @@ private:
     {
         QStringList lines;
         for (const Subscription& s : nm->subscriptions())
-            lines << s.login() + QLatin1Char('|') + s.password() + QLatin1Char('|')
-                    + QString::number(s.expiresTime().toSecsSinceEpoch());
+            lines << s.login() + '|' + s.password() + '|' + QString::number(s.expiresTime().toSecsSinceEpoch());
         return lines;
     }
 
@@ -72,7 +70,7 @@ private slots:
         LocalSettings::instance()->setValue(Keys::RememberUser, true);
     }
 
-    void restartGivesTheSameAccount()
+    void restartGivesTheSameAccountUntilCleared()
     {
         NetworkManager* nm = NetworkManager::instance();
         QSignalSpy auth(nm, &NetworkManager::auth);
@@ -86,6 +84,7 @@ private slots:
         const QByteArray cert = nm->getCertifOvpnByUser(QStringLiteral("vpn-demo2"));
         const QByteArray key = nm->getKeyOvpnByUser(QStringLiteral("vpn-demo1"));
         QCOMPARE(servers.size(), 10);
+        QVERIFY(!cert.isEmpty() && !key.isEmpty() && !config.isEmpty());
 
         nm = restart();
         QCOMPARE(nm->cacheUsers(), users);
@@ -94,23 +93,12 @@ private slots:
         QCOMPARE(nm->getConfigOVPNbyServer(QString()), config);
         QCOMPARE(nm->getCertifOvpnByUser(QStringLiteral("vpn-demo2")), cert);
         QCOMPARE(nm->getKeyOvpnByUser(QStringLiteral("vpn-demo1")), key);
-        QVERIFY(!cert.isEmpty() && !key.isEmpty() && !config.isEmpty());
-    }
 
-    void clearedCacheStaysEmptyAfterRestart()
-    {
-        NetworkManager* nm = NetworkManager::instance();
-        QSignalSpy auth(nm, &NetworkManager::auth);
-        nm->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
-        QVERIFY(auth.wait(30000));
         nm->clearCache();
-        QVERIFY(nm->cacheUsers().isEmpty());
-        QVERIFY(nm->getConfigOVPNbyServer(QString()).isEmpty());
-
         nm = restart();
         QVERIFY(nm->cacheUsers().isEmpty());
         QVERIFY(nm->getConfigOVPNbyServer(QString()).isEmpty());
-        QVERIFY(nm->getCertifOvpnByUser(QStringLiteral("vpn-demo1")).isEmpty());
+        QVERIFY(nm->getCertifOvpnByUser(QStringLiteral("vpn-demo2")).isEmpty());
         NetworkManager::resetInstance();
         // An empty list, unlike the reset text: not even a default record is written back.
         QVERIFY(LocalSettings::instance()->value(Keys::CachedServers).toStringList().isEmpty());
@@ -132,17 +120,10 @@ private slots:
         QTest::addColumn<QString>("line");
         QTest::newRow("all thirteen fields")
             << QStringLiteral("Oslo;no;Oslo;192.0.2.1;1;vpn1;pw;80.443;1194;4;443;2;sni.x");
-        QTest::newRow("title apart from the name") << QStringLiteral("Oslo;no;Oslo 2;192.0.2.1;0;vpn1;pw;80;53;5;0;1;");
         QTest::newRow("ten fields") << QStringLiteral("a;b;c;d;0;vpn1;g;;;6");
-        QTest::newRow("eleven fields, empty port parts kept") << QStringLiteral("a;b;c;d;x;vpn1;g;1..2;.;6;77");
-        QTest::newRow("twelve fields, signed numbers") << QStringLiteral("a;b;c;d;-1;vpn1;g;1;2;-3;+4;-5");
-        QTest::newRow("fields past the thirteenth are dropped")
-            << QStringLiteral("a;b;c;d;1;vpn1;g;1;2;4;5;2;sni;extra;more");
         QTest::newRow("nine fields are a default record") << QStringLiteral("a;b;c;d;1;vpn1;g;1;2");
-        QTest::newRow("empty line is a default record") << QString();
         QTest::newRow("placeholders in texts are filled by later fields")
             << QStringLiteral("a%12b;%1;c%13;d;1;vpn1;p%2w;80;9;4;5;2;%11");
-        QTest::newRow("placeholder in a port") << QStringLiteral("a;b;c;d;1;vpn1;pw;8%1;9;4;5;2;s");
     }
     void serverLinesReadAndWrittenAsTheRecordDoes()
     {
@@ -168,82 +149,44 @@ private slots:
             << QStringLiteral("vpn1||pw||2024-05-01T12:00:00") << QStringList {QStringLiteral("vpn1")};
         QTest::newRow("a fourth part is skipped")
             << QStringLiteral("vpn1||pw||2024-05-01T12:00:00||x") << QStringList();
-        QTest::newRow("a password with the separator is skipped")
-            << QStringLiteral("vpn1||p||w||2024-05-01T12:00:00") << QStringList();
-        QTest::newRow("two parts are skipped") << QStringLiteral("vpn1||pw") << QStringList();
         QTest::newRow("empty expiry still loads")
             << QStringLiteral("vpn1||pw||") << QStringList {QStringLiteral("vpn1")};
     }
     void userLines()
     {
         QFETCH(QString, line);
-        QFETCH(QStringList, users);
         LocalSettings::instance()->setValue(Keys::CachedUsers, QStringList {line});
         NetworkManager* nm = restart();
-        QCOMPARE(nm->cacheUsers(), users);
-        if (!users.isEmpty() && line.endsWith(QLatin1String("00")))
-            QCOMPARE(nm->subscription(users.at(0)).expiresTime(), QDateTime(QDate(2024, 5, 1), QTime(12, 0)));
+        QTEST(nm->cacheUsers(), "users");
+        if (line.endsWith(QLatin1String("00")))
+            QCOMPARE(nm->subscription(QStringLiteral("vpn1")).expiresTime(),
+                     QDateTime(QDate(2024, 5, 1), QTime(12, 0)));
     }
 
+    // Damaged bytes keep what was read before the damage.
     void mapEncoding_data()
     {
-        QTest::addColumn<CacheMap>("map");
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("empty map is a zero count") << CacheMap() << QByteArray(4, '\0');
-        QTest::newRow("one entry: count, UTF-16 key, value") << CacheMap {{QStringLiteral("a"), QByteArray("xy")}}
-                                                             << QByteArray::fromHex("00000001"
-                                                                                    "00000002"
-                                                                                    "0061"
-                                                                                    "00000002"
-                                                                                    "7879");
+        QTest::addColumn<CacheMap>("map");
+        QTest::addColumn<bool>("written");
+        const QByteArray two = QByteArray::fromHex("0000000200000002006200000001320000000200610000000131");
+        QTest::newRow("empty map is a zero count") << QByteArray(4, '\0') << CacheMap() << true;
         QTest::newRow("entries go from the last key to the first")
-            << CacheMap {{QStringLiteral("a"), QByteArray("1")}, {QStringLiteral("b"), QByteArray("2")}}
-            << QByteArray::fromHex("00000002"
-                                   "00000002"
-                                   "0062"
-                                   "00000001"
-                                   "32"
-                                   "00000002"
-                                   "0061"
-                                   "00000001"
-                                   "31");
+            << two << CacheMap {{QStringLiteral("a"), QByteArray("1")}, {QStringLiteral("b"), QByteArray("2")}} << true;
+        QTest::newRow("cut in the last value")
+            << two.left(two.size() - 1) << CacheMap {{QStringLiteral("b"), QByteArray("2")}} << false;
+        QTest::newRow("count larger than the entries") << QByteArray::fromHex("7fffffff00000002006100000000")
+                                                       << CacheMap {{QStringLiteral("a"), QByteArray()}} << false;
+        QTest::newRow("garbage") << QByteArray("not a map at all") << CacheMap() << false;
     }
     void mapEncoding()
     {
-        QFETCH(CacheMap, map);
-        QFETCH(QByteArray, bytes);
-        QCOMPARE(NetworkManager::cacheMapToArray(map), bytes);
-        QCOMPARE(NetworkManager::cacheArrayToMap(bytes), map);
-    }
-
-    void damagedMapKeepsWhatWasRead_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<CacheMap>("map");
-        const QByteArray two = QByteArray::fromHex("00000002"
-                                                   "00000002"
-                                                   "0062"
-                                                   "00000001"
-                                                   "32"
-                                                   "00000002"
-                                                   "0061"
-                                                   "00000001"
-                                                   "31");
-        QTest::newRow("empty array") << QByteArray() << CacheMap();
-        QTest::newRow("cut in the last value")
-            << two.left(two.size() - 1) << CacheMap {{QStringLiteral("b"), QByteArray("2")}};
-        QTest::newRow("count larger than the entries") << QByteArray::fromHex("7fffffff"
-                                                                              "00000002"
-                                                                              "0061"
-                                                                              "00000000")
-                                                       << CacheMap {{QStringLiteral("a"), QByteArray("")}};
-        QTest::newRow("garbage") << QByteArray("not a map at all") << CacheMap();
-    }
-    void damagedMapKeepsWhatWasRead()
-    {
         QFETCH(QByteArray, bytes);
         QFETCH(CacheMap, map);
         QCOMPARE(NetworkManager::cacheArrayToMap(bytes), map);
+        QFETCH(bool, written);
+        if (written)
+            QCOMPARE(NetworkManager::cacheMapToArray(map), bytes);
     }
 };
 

@@ -19,9 +19,7 @@ private slots:
         QTest::addColumn<QString>("best");
         addRow("nothing measured gives the greatest name", "A:1:0 C:1:0 B:1:0", "C");
         addRow("an unmeasured server overtakes a measured one", "A:1:30 B:1:20 C:1:0", "C");
-        addRow("the lowest latency after an unmeasured start", "A:1:0 B:1:20 C:1:40", "B");
         addRow("equal latencies keep the first name", "B:1:20 A:1:20", "A");
-        addRow("kind does not matter", "A:1:50 B:2:10", "B");
         addRow("empty list gives a default record", "", "");
     }
     void bestLocation()
@@ -47,12 +45,6 @@ private slots:
         QCOMPARE(changed.count(), 1);
         QVERIFY(model.index(2, 1).data().toBool());
         QCOMPARE(model.getFavoriteLocation().size(), 1);
-        QCOMPARE(model.locationByIndex(QModelIndex()).name, QString());
-        // Only column 0 carries the flag; there are no header texts.
-        QCOMPARE(model.index(1, 0).data(Qt::UserRole), QVariant("b"));
-        QVERIFY(!model.index(1, 1).data(Qt::UserRole).isValid());
-        QVERIFY(!model.index(1, 0).data(Qt::UserRole + 2).isValid());
-        QVERIFY(!model.headerData(0, Qt::Horizontal).isValid());
     }
 
     // "<*>" and "<=>" are the favourite and recommended section headers.
@@ -64,8 +56,6 @@ private slots:
         addRow("favourites in list order under their header", "z:2:0* a:1:10 m:1:5*", "<*>,z,m,<=>,m,a,z");
         addRow("three lowest standard latencies", "s50:1:50 s10:1:10 s40:1:40 s20:1:20 s30:1:30", "<=>,s10,s20,s30");
         addRow("standard before double whatever the latency", "d1:2:1 s9:1:9 d2:2:2 d3:2:3 d4:2:4", "<=>,s9,d1,d2,d3");
-        addRow("rows of no known kind are never recommended", "odd:0:1 s:1:5", "<=>,s");
-        addRow("empty list keeps the recommended header", "", "<=>");
     }
     void favoritesSections()
     {
@@ -84,8 +74,6 @@ private slots:
         QString search = QStringLiteral("zzz");
         sorted.proxy.showAll(search);
         sorted.proxy.showDouble();
-        sorted.proxy.showFavorite();
-        sorted.proxy.showStandart();
         QCOMPARE(outline(sorted.proxy), rows.join(QLatin1Char(',')));
     }
 
@@ -100,8 +88,6 @@ private slots:
         QVERIFY(model.setData(model.index(4, 1), true));
         QCOMPARE(model.getFavoriteLocation().size(), 4);
         QVERIFY(!model.setData(model.index(99, 1), true));
-        QCOMPARE(model.locationByIndex(model.index(4, 0)).name, QStringLiteral("b"));
-        QCOMPARE(model.locationByIndex(QModelIndex()).name, QString());
     }
 
     void proxyViews_data()
@@ -110,13 +96,10 @@ private slots:
         QTest::addColumn<QString>("search");
         QTest::addColumn<QString>("rows");
         addRow("the proxy starts on standard servers", "", "", "fr-paris,Paris-FR");
-        addRow("standard", "standart", "", "fr-paris,Paris-FR");
         addRow("double", "double", "", "Berlin,de-fra");
         addRow("favourite whatever the kind", "favorite", "", "Berlin,fr-paris");
         addRow("all without search", "all", "", "Berlin,de-fra,fr-paris,Paris-FR");
         addRow("search ignores case", "all", "FR", "de-fra,fr-paris,Paris-FR");
-        addRow("search inside the name", "all", "rLi", "Berlin");
-        addRow("search without match", "all", "xyz", "");
         addRow("search text kept but unused in other views", "standart", "xyz", "fr-paris,Paris-FR");
     }
     void proxyViews()
@@ -141,7 +124,6 @@ private slots:
         QTest::addColumn<QString>("sorted");
         addRow("plain names before hyphenated ones", "a-b Berlin Amsterdam", "Amsterdam,Berlin,a-b");
         addRow("case is ignored within each kind", "b-x A-y zurich Oslo", "Oslo,zurich,A-y,b-x");
-        addRow("hyphen anywhere counts", "x- -a y", "y,-a,x-");
     }
     void proxyOrder()
     {
