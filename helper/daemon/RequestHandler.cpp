@@ -12,7 +12,7 @@ RequestHandler::RequestHandler(const HelperPaths& paths, QObject* parent)
     : QObject(parent)
     , m_firewall(paths.stateDir)
     , m_timezone(paths.localtime, paths.timezoneFile, paths.zoneinfoDir, paths.stateDir)
-    , m_update(paths.stateDir)
+    , m_update(paths)
     , m_openvpn(new OpenVpnLauncher(paths.stateDir, paths.resolverScript, this))
 { }
 

@@ -22,8 +22,8 @@ const QString RunAndRemove
                      "echo \"tavrin-helperd: dpkg exited with status $status\" >&2; exit $status");
 } // namespace
 
-UpdateInstaller::UpdateInstaller(const QString& stateDir, const HelperPaths& paths)
-    : m_stateDir(stateDir)
+UpdateInstaller::UpdateInstaller(const HelperPaths& paths)
+    : m_stateDir(paths.stateDir)
     , m_systemdRunDir(paths.systemdRunDir)
     , m_dpkgRoot(paths.dpkgRoot)
 { }

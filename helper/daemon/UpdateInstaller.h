@@ -14,7 +14,7 @@
 class UpdateInstaller
 {
 public:
-    explicit UpdateInstaller(const QString& stateDir, const HelperPaths& paths = HelperPaths::fromEnvironment());
+    explicit UpdateInstaller(const HelperPaths& paths);
 
     bool install(const QString& path, qint64 callerUid);
     QString error() const { return m_error; }
