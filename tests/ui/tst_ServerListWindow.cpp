@@ -146,7 +146,6 @@ private slots:
         QTest::addColumn<bool>("selects");
         QTest::newRow("standard server") << ServerListWindow::StandartFilter << "Paris" << 0 << true;
         QTest::newRow("double group row") << ServerListWindow::DoubleFilter << "DE" << 0 << false;
-        QTest::newRow("favourites header") << ServerListWindow::FavoritesFilter << "<*>" << 0 << false;
         QTest::newRow("recommended server") << ServerListWindow::FavoritesFilter << "Amsterdam" << 0 << true;
     }
     void clickingRows()

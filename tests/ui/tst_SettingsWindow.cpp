@@ -34,18 +34,6 @@ private slots:
         m_page.reset(new SettingsWindow);
     }
 
-    void languagesInTheirOrder()
-    {
-        QStringList codes;
-        for (int i = 0; i < m_page->languageBox()->count(); ++i)
-            codes.append(m_page->languageBox()->itemData(i).toString());
-        QCOMPARE(
-            codes,
-            QStringList(
-                {"ar", "de", "en", "es", "fr", "hi", "it", "ja", "ko", "pl", "pt", "ru", "tr", "uk", "vi", "zh_CN"}));
-        QCOMPARE(m_page->languageBox()->itemText(4), QStringLiteral("Français"));
-    }
-
     void storedLanguage_data()
     {
         QTest::addColumn<QString>("stored");
@@ -76,8 +64,6 @@ private slots:
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QStringList>("items");
         QTest::addColumn<QString>("saved");
-        QTest::newRow("items follow the table's order")
-            << Protocols {Stealth, OpenVpnUdp, OpenVpnTcp} << "udp" << QStringList {"tcp", "udp", "stealth"} << "udp";
         QTest::newRow("an unoffered protocol gives the first offered")
             << Protocols {OpenVpnUdp, Stealth} << "tcp" << QStringList {"udp", "stealth"} << "udp";
         QTest::newRow("unknown ids are ignored")
