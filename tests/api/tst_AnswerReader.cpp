@@ -76,8 +76,6 @@ private slots:
         QTest::newRow("update offer parts") << QByteArray(
             "<r><upgrade>x<ver>MS4w</ver><!--c--><link>bA==<y>QQ==</y></link><ver>Mi4w</ver></upgrade></r>")
                                             << 0;
-        QTest::newRow("not XML") << QByteArray("<html>Service unavailable") << 0;
-        QTest::newRow("truncated between children") << QByteArray("<r><config>YWJj</config><vpn name=\"x\"/>") << 0;
         QTest::newRow("truncated in a text") << QByteArray("<r><config>YWJj</config><cert>ZGVm") << 1;
         QTest::newRow("truncated in a nested element")
             << QByteArray("<r><config>YWJj</config><upgrade><ver>MS4w</ver><link>bA") << 1;

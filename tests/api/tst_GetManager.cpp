@@ -56,21 +56,6 @@ private slots:
         QCOMPARE(finished.count(), 1);
     }
 
-    void failedRequestKeepsPreviousBody()
-    {
-        GetManager channel(10000, nullptr);
-        QSignalSpy finished(&channel, &GetManager::finished);
-        channel.getAsync(timeUrl(), 3);
-        QTRY_COMPARE(finished.count(), 1);
-        const QByteArray first = channel.data;
-        QVERIFY(first.contains("<timezone>"));
-        m_service.setFault(FakeService::Fault::HttpError);
-        channel.getAsync(timeUrl(), 3);
-        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 2, 20000);
-        QVERIFY(!channel.success);
-        QCOMPARE(channel.data, first);
-    }
-
     void silentServerIsTriedSixTimes()
     {
         m_service.setFault(FakeService::Fault::Hang);

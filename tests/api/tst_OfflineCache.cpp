@@ -120,7 +120,6 @@ private slots:
         QTest::addColumn<QString>("line");
         QTest::newRow("all thirteen fields")
             << QStringLiteral("Oslo;no;Oslo;192.0.2.1;1;vpn1;pw;80.443;1194;4;443;2;sni.x");
-        QTest::newRow("ten fields") << QStringLiteral("a;b;c;d;0;vpn1;g;;;6");
         QTest::newRow("nine fields are a default record") << QStringLiteral("a;b;c;d;1;vpn1;g;1;2");
         QTest::newRow("placeholders in texts are filled by later fields")
             << QStringLiteral("a%12b;%1;c%13;d;1;vpn1;p%2w;80;9;4;5;2;%11");
@@ -149,8 +148,6 @@ private slots:
             << QStringLiteral("vpn1||pw||2024-05-01T12:00:00") << QStringList {QStringLiteral("vpn1")};
         QTest::newRow("a fourth part is skipped")
             << QStringLiteral("vpn1||pw||2024-05-01T12:00:00||x") << QStringList();
-        QTest::newRow("empty expiry still loads")
-            << QStringLiteral("vpn1||pw||") << QStringList {QStringLiteral("vpn1")};
     }
     void userLines()
     {

@@ -58,7 +58,6 @@ private slots:
     {
         QTest::addColumn<int>("port");
         QTest::addColumn<QString>("sni");
-        QTest::newRow("server name given") << 443 << "cdn.example.org";
         QTest::newRow("empty server name still written") << 8443 << "";
     }
     void configurationFile()

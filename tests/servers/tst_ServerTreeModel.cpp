@@ -34,29 +34,6 @@ private slots:
         QTEST(outline(model), "tree");
     }
 
-    void itemData_data()
-    {
-        QTest::addColumn<bool>("group");
-        QTest::addColumn<int>("column");
-        QTest::addColumn<int>("role");
-        QTest::addColumn<QVariant>("value");
-        QTest::newRow("group name") << true << 0 << int(Qt::DisplayRole) << QVariant("FR");
-        QTest::newRow("group has no flag") << true << 0 << int(Qt::UserRole) << QVariant();
-        QTest::newRow("server type in any column") << false << 1 << int(Qt::UserRole + 1) << QVariant(2);
-    }
-    void itemData()
-    {
-        QFETCH(bool, group);
-        QFETCH(int, column);
-        QFETCH(int, role);
-        ServerTreeModel model;
-        model.setServers(serversFromText(sample));
-        const QModelIndex index = group ? model.index(1, column) : model.index(0, column, model.index(1, 0));
-        QTEST(index.data(role), "value");
-        QCOMPARE(model.locationByIndex(index).groupName, group ? QStringLiteral("FR") : QString());
-        QCOMPARE(model.locationByIndex(index).name, group ? QString() : QStringLiteral("FR-Paris"));
-    }
-
     void views_data()
     {
         QTest::addColumn<QString>("view");
