@@ -11,17 +11,14 @@ private slots:
     {
         QTest::addColumn<QStringList>("keys");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("gtk wins over Fusion") << QStringList {"Windows", "Fusion", "gtk2"} << "gtk2";
-        QTest::newRow("last gtk key wins") << QStringList {"GTK+", "Fusion", "gtk3"} << "gtk3";
+        QTest::newRow("last gtk key wins over Fusion") << QStringList {"GTK+", "Fusion", "gtk3"} << "gtk3";
         QTest::newRow("Fusion alone") << QStringList {"Windows", "Fusion"} << "Fusion";
         QTest::newRow("lower-case fusion sets nothing") << QStringList {"Windows", "fusion"} << QString();
-        QTest::newRow("no keys") << QStringList {} << QString();
     }
     void choose()
     {
         QFETCH(QStringList, keys);
-        QFETCH(QString, expected);
-        QCOMPARE(chooseStyleName(keys), expected);
+        QTEST(chooseStyleName(keys), "expected");
     }
 };
 

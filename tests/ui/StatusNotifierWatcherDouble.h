@@ -11,12 +11,10 @@ class StatusNotifierWatcherDouble : public QObject
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
     Q_PROPERTY(bool IsStatusNotifierHostRegistered READ isHostRegistered)
-    Q_PROPERTY(int ProtocolVersion READ protocolVersion)
     Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ items)
 
 public:
     bool isHostRegistered() const { return true; }
-    int protocolVersion() const { return 0; }
     QStringList items() const
     {
         QMutexLocker lock(&m_mutex);
@@ -29,7 +27,6 @@ public slots:
         QMutexLocker lock(&m_mutex);
         m_items.append(service);
     }
-    void RegisterStatusNotifierHost(const QString& service) { Q_UNUSED(service) }
 
 private:
     mutable QMutex m_mutex;
