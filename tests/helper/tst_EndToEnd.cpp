@@ -41,7 +41,6 @@ private slots:
     void cleanup();
     void connectsCarriesTrafficAndDisconnects_data();
     void connectsCarriesTrafficAndDisconnects();
-    void killSwitchLetsOnlyTheTunnelThrough();
 
 private:
     bool configure(MakeOVPNFile& file, const QString& protocol, int stunnelPort = 0);
@@ -82,13 +81,17 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects_data()
     QTest::addColumn<QString>("protocol");
     QTest::addColumn<QString>("tunnelServer");
     QTest::addColumn<QString>("password");
+    QTest::addColumn<bool>("killSwitch");
 
     const QString password = QLatin1String(E2eLab::Password);
+    QTest::newRow("OpenVPN over UDP, kill switch on")
+        << QStringLiteral("udp") << QString::fromLatin1(E2eLab::UdpTunnelServer) << password << true;
     QTest::newRow("OpenVPN over TCP") << QStringLiteral("tcp") << QString::fromLatin1(E2eLab::TcpTunnelServer)
-                                      << password;
+                                      << password << false;
     QTest::newRow("stealth through stunnel")
-        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << password;
-    QTest::newRow("wrong password") << QStringLiteral("udp") << QString() << QStringLiteral("not-the-password");
+        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << password << false;
+    QTest::newRow("wrong password") << QStringLiteral("udp") << QString() << QStringLiteral("not-the-password")
+                                    << false;
 }
 
 void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
@@ -96,6 +99,7 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QFETCH(QString, protocol);
     QFETCH(QString, tunnelServer);
     QFETCH(QString, password);
+    QFETCH(bool, killSwitch);
 
     StunnelManager stunnel;
     ServerInfo server;
@@ -110,6 +114,15 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     }
 
     Connection connection;
+    if (killSwitch) {
+        FIREWALL_PARAMETERS flags;
+        flags.killConnect = true;
+        flags.ipv6Block = true;
+        QVERIFY(connection.firewallSupported());
+        QVERIFY(connection.firewallOn(
+            QStringLiteral("127.0.0.1;") + QLatin1String(E2eLab::ServerAddress), QStringLiteral("tun0"), flags));
+        QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+    }
     QSignalSpy connected(&connection, &Connection::connected);
     QSignalSpy disconnected(&connection, &Connection::disconnected);
     QSignalSpy errors(&connection, &Connection::error);
@@ -137,6 +150,16 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QTRY_VERIFY_WITH_TIMEOUT(statistics.last().at(2).toDouble() > receivedBefore + 200
                                  && statistics.last().at(3).toDouble() > sentBefore + 200,
                              5000);
+    if (killSwitch) {
+        QVERIFY(tcpReachable(tunnelServer.toLatin1().constData(), E2eLab::StealthPort));
+        QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+        QVERIFY(connection.firewallOff());
+        QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+        QProcess nft;
+        nft.start(QStringLiteral("nft"), {QStringLiteral("list"), QStringLiteral("tables")});
+        QVERIFY(nft.waitForFinished());
+        QVERIFY(!nft.readAll().contains("tavrin"));
+    }
 
     connection.disconnect(false);
     QTRY_VERIFY_WITH_TIMEOUT(disconnected.count() >= 1, 15000);
@@ -145,40 +168,6 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 10000);
     QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("stunnel4") + m_lab.processesInClient("stunnel"), 0, 10000);
     QTRY_COMPARE(readFile(m_lab.resolvConf()), m_lab.originalResolvConf());
-}
-
-void tst_EndToEnd::killSwitchLetsOnlyTheTunnelThrough()
-{
-    Connection connection;
-    FIREWALL_PARAMETERS flags;
-    flags.killConnect = true;
-    flags.ipv6Block = true;
-    QVERIFY(connection.firewallSupported());
-    QVERIFY(connection.firewallOn(
-        QStringLiteral("127.0.0.1;") + QLatin1String(E2eLab::ServerAddress), QStringLiteral("tun0"), flags));
-    QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
-
-    MakeOVPNFile file;
-    QVERIFY(configure(file, QStringLiteral("udp")));
-    ServerInfo server;
-    server.protocol = OpenVpnUdp;
-    QSignalSpy connected(&connection, &Connection::connected);
-    QSignalSpy disconnected(&connection, &Connection::disconnected);
-    connection.connect(
-        server, QLatin1String(E2eLab::User), QLatin1String(E2eLab::Password), file.configFileName, ProxySetting());
-    QTRY_VERIFY_WITH_TIMEOUT(connected.count() >= 1, 30000);
-    QVERIFY(tcpReachable(E2eLab::UdpTunnelServer, E2eLab::StealthPort));
-    QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
-
-    QVERIFY(connection.firewallOff());
-    QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
-    QProcess nft;
-    nft.start(QStringLiteral("nft"), {QStringLiteral("list"), QStringLiteral("tables")});
-    QVERIFY(nft.waitForFinished());
-    QVERIFY(!nft.readAll().contains("tavrin"));
-
-    connection.disconnect(false);
-    QTRY_VERIFY_WITH_TIMEOUT(disconnected.count() >= 1, 15000);
 }
 
 QTEST_GUILESS_MAIN(tst_EndToEnd)

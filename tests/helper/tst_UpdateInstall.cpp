@@ -91,7 +91,6 @@ void tst_UpdateInstall::initTestCase()
     QVERIFY(::chown(QFile::encodeName(path(QStringLiteral("foreign.deb"))).constData(), 65534, 65534) == 0
             || getuid() != 0);
     QVERIFY(QFile::link(path(QStringLiteral("update.deb")), path(QStringLiteral("link.deb"))));
-    QVERIFY(QDir().mkpath(path(QStringLiteral("folder.deb"))));
 
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("PATH"), path(QStringLiteral("bin")) + QStringLiteral(":/usr/sbin:/usr/bin:/sbin:/bin"));
@@ -128,12 +127,10 @@ void tst_UpdateInstall::refusesBadPackages_data()
     const QString notADeb = QStringLiteral("not an absolute path to a .deb file: \"%1\"");
     const QString notRegular = QStringLiteral("%1: missing or not a regular file");
     QTest::newRow("not a .deb") << path(QStringLiteral("update.sh")) << notADeb;
-    QTest::newRow("relative path") << QStringLiteral("update.deb") << notADeb;
     QTest::newRow("path leaving its folder") << path(QStringLiteral("folder.deb/../update.deb")) << notADeb;
     QTest::newRow(".deb that is no package")
         << path(QStringLiteral("fake.deb")) << QStringLiteral("%1 is not a Debian package");
     QTest::newRow("link to a package") << path(QStringLiteral("link.deb")) << notRegular;
-    QTest::newRow("folder named .deb") << path(QStringLiteral("folder.deb")) << notRegular;
     QTest::newRow("writable by others") << path(QStringLiteral("open.deb")) << QStringLiteral("%1: writable by others");
     if (getuid() == 0) {
         QTest::newRow("another user's file") << path(QStringLiteral("foreign.deb"))
@@ -161,7 +158,6 @@ void tst_UpdateInstall::startsDpkgOutsideTheDaemonsUnit_data()
     QTest::addColumn<bool>("systemdRunFails");
     QTest::addColumn<QByteArray>("logged");
 
-    QTest::newRow("without systemd: detached") << false << false << QByteArray("update: dpkg started detached in root");
     QTest::newRow("under systemd: a transient unit")
         << true << false << QByteArray("update: dpkg started as unit tavrin-helperd-update in root");
     QTest::newRow("systemd-run refuses") << true << true
