@@ -141,7 +141,8 @@ int main(int argc, char** argv)
     const bool child = argc == 3 && qstrcmp(argv[1], "--child") == 0;
     QScopedPointer<ApiTestEnvironment> environment(child ? nullptr : new ApiTestEnvironment);
     QCoreApplication app(argc, argv);
-    ApiTestEnvironment::setIdentity(app);
+    app.setOrganizationName(QStringLiteral("QOLV"));
+    app.setApplicationName(QStringLiteral("Tavrin"));
     QTextStream out(stdout);
     if (child) {
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
