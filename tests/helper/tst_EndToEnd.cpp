@@ -86,8 +86,6 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects_data()
     const QString password = QLatin1String(E2eLab::Password);
     QTest::newRow("OpenVPN over UDP, kill switch on")
         << QStringLiteral("udp") << QString::fromLatin1(E2eLab::UdpTunnelServer) << password << true;
-    QTest::newRow("OpenVPN over TCP") << QStringLiteral("tcp") << QString::fromLatin1(E2eLab::TcpTunnelServer)
-                                      << password << false;
     QTest::newRow("stealth through stunnel")
         << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << password << false;
     QTest::newRow("wrong password") << QStringLiteral("udp") << QString() << QStringLiteral("not-the-password")
