@@ -242,7 +242,13 @@ void tst_UpdateInstall::installsAndPurgesThePackageInARoot()
                                       QStringLiteral("-f=${Status} ${Version}"),
                                       QStringLiteral("tavrin")});
     QCOMPARE(installed, QByteArray("install ok installed 3.6.9"));
-    QVERIFY(QFileInfo(target(QStringLiteral("usr/sbin/tavrin-helperd"))).isFile());
+    for (const char* file : {"usr/bin/tavrin",
+                             "usr/sbin/tavrin-helperd",
+                             "usr/lib/systemd/system/tavrin-helperd.service",
+                             "usr/share/applications/tavrin.desktop",
+                             "usr/share/icons/hicolor/scalable/apps/tavrin.svg"})
+        QVERIFY2(QFileInfo(target(QLatin1String(file))).isFile(), file);
+    QVERIFY(QFileInfo(target(QStringLiteral("usr/share/tavrin/script/update-resolv-conf.sh"))).isExecutable());
     QByteArray calls = WireClient::readFile(target(QStringLiteral("stub-calls")));
     QVERIFY2(calls.contains("deb-systemd-helper enable tavrin-helperd.service"), calls.constData());
     QVERIFY2(calls.contains("systemd-run --unit=tavrin-helperd-restart --collect --quiet /bin/sh -c"),
