@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <cstring>
+
 // A private world for one page test process: its own home, settings and data directories, a `ping` that
 // does nothing, and every service address on loopback. Create it in main() before the application object.
 class PageTestEnvironment
@@ -31,6 +33,14 @@ private:
     QTemporaryDir m_root;
 };
 
+// The command number at the head of a request to the helper daemon.
+inline quint32 commandOf(const QByteArray& request)
+{
+    quint32 command = 0;
+    std::memcpy(&command, request.constData(), 4);
+    return command;
+}
+
 #define TAVRIN_PAGE_TEST_MAIN(TestClass)                                                                               \
     int main(int argc, char** argv)                                                                                    \
     {                                                                                                                  \
@@ -38,6 +48,7 @@ private:
         QApplication app(argc, argv);                                                                                  \
         app.setOrganizationName(QStringLiteral("QOLV"));                                                               \
         app.setApplicationName(QStringLiteral("Tavrin"));                                                              \
+        app.setQuitOnLastWindowClosed(false);                                                                          \
         TestClass test;                                                                                                \
         return QTest::qExec(&test, argc, argv);                                                                        \
     }

@@ -1,30 +1,20 @@
 #include <QtTest>
 
-#include "Clock.h"
 #include "ConnectTestHost.h"
 #include "ConnectWindow.h"
 #include "CustomMessageBox.h"
 #include "FakeHelperDaemon.h"
 #include "FakeService.h"
 #include "LocalSettings.h"
-#include "NetworkManager.h"
 #include "PageTestEnvironment.h"
 
 #include <QLabel>
 #include <QPushButton>
 
-#include <cstring>
 #include <memory>
 #include <signal.h>
 
 namespace {
-
-quint32 commandOf(const QByteArray& request)
-{
-    quint32 command = 0;
-    std::memcpy(&command, request.constData(), 4);
-    return command;
-}
 
 ServerInfo server(const QString& name, const QString& ip)
 {
@@ -133,7 +123,6 @@ private slots:
 
     void cleanup()
     {
-        Clock::setInstance(nullptr);
         m_page.reset();
         m_host.reset();
         m_daemon.reset();
@@ -249,17 +238,6 @@ private slots:
         QVERIFY(requestsOf(HelperWire::RunOpenVpnWithConfig).isEmpty());
     }
 
-    void pressDuringPauseEndsIdle()
-    {
-        setSetting(Keys::OvpnProtocol, QStringLiteral("udp"));
-        makePage();
-        QTimer::singleShot(300, m_page.get(), &ConnectWindow::onClickConnect);
-        m_page->onClickConnect();
-        QCOMPARE(m_page->state(), int(ConnectWindow::Idle));
-        QCOMPARE(m_host->trayText(), QStringLiteral("Connect Frankfurt"));
-        QVERIFY(requestsOf(HelperWire::RunOpenVpnWithConfig).isEmpty());
-    }
-
     void thirdErrorShowsMessageOnce_data()
     {
         QTest::addColumn<QString>("script");
@@ -356,8 +334,6 @@ private slots:
                                                            << "udp" << false;
         QTest::newRow("stealth on a server without a stealth port") << "stealth"
                                                                     << "ssl" << false;
-        QTest::newRow("udp on a server that lacks only tcp") << "udp"
-                                                             << "tcp" << true;
     }
     void protocolTheServerLacks()
     {
@@ -378,50 +354,6 @@ private slots:
         QCOMPARE(m_page->findChild<QLabel*>("lbLocation")->text(), kept ? QStringLiteral("Frankfurt") : QString());
         QCOMPARE(LocalSettings::instance()->value(Keys::LastLocation).toString(),
                  kept ? QStringLiteral("alice::Frankfurt") : QString());
-    }
-
-    void subscriptionNotice_data()
-    {
-        QTest::addColumn<int>("daysLeft");
-        QTest::addColumn<bool>("shown");
-        QTest::newRow("seven days left") << 7 << true;
-        QTest::newRow("eight days left") << 8 << false;
-        QTest::newRow("expired three days ago") << -3 << true;
-        QTest::newRow("expired eight days ago") << -8 << false;
-    }
-    void subscriptionNotice()
-    {
-        QFETCH(int, daysLeft);
-        QFETCH(bool, shown);
-        if (NetworkManager::instance()->cacheUsers().isEmpty()) {
-            QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
-            NetworkManager::instance()->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
-            QVERIFY(auth.wait(30000));
-            QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
-        }
-        setSetting(Keys::VpnLogin, QStringLiteral("vpn-demo2"));
-        const QDateTime expiry = NetworkManager::instance()->subscription(QStringLiteral("vpn-demo2")).expiresTime();
-        QVERIFY(expiry.isValid());
-        Clock::setInstance(new MockClock(expiry.addDays(-daysLeft)));
-        makePage();
-        m_page->show();
-        auto* info = m_page->findChild<QLabel*>("lbSubscribtionInfo");
-        QCOMPARE(info->isVisible(), shown);
-        QCOMPARE(m_page->findChild<QPushButton*>("btRenew")->isVisible(), shown);
-        if (shown)
-            QCOMPARE(info->text(),
-                     QStringLiteral("VPN subscription expires: %1").arg(expiry.toString(QStringLiteral("dd.MM.yyyy"))));
-        m_page->hide();
-    }
-
-    void unchangedSelectionAfterServerListRefresh()
-    {
-        makePage();
-        m_page->setServers(catalogue().mid(1));
-        QVERIFY(m_page->currentServer().ip.isEmpty());
-        QCOMPARE(m_page->findChild<QLabel*>("lbLocation")->text(), QString());
-        m_page->setServers(catalogue());
-        QCOMPARE(m_page->currentServer().name, QStringLiteral("Frankfurt"));
     }
 };
 

@@ -11,13 +11,11 @@
 #include "NetworkManager.h"
 #include "PageTestEnvironment.h"
 #include "SelectionAccountWindow.h"
-#include "SoftwareUpdater.h"
 #include "SubscriptionPurchaseWindow.h"
 #include "SystemTray.h"
 
 #include <QRadioButton>
 
-#include <cstring>
 #include <memory>
 
 namespace {
@@ -25,13 +23,6 @@ namespace {
 QVariant setting(const QString& key)
 {
     return LocalSettings::instance()->value(key);
-}
-
-quint32 commandOf(const QByteArray& request)
-{
-    quint32 command = 0;
-    std::memcpy(&command, request.constData(), 4);
-    return command;
 }
 
 QStringList messageTexts()
@@ -305,31 +296,6 @@ private slots:
         QCOMPARE(accountRequests(), before + 1);
     }
 
-    void updateDownloadedAndHandedToDaemon()
-    {
-        m_service.fixture().upgradeVersion = QStringLiteral("3.7.0");
-        m_service.fixture().packageSize = 512 * 1024;
-        useOneLogin();
-        makeWindow();
-        QCOMPARE(signInAs(), NetworkManager::Success);
-
-        CustomMessageBox::setNextAnswer(QMessageBox::Yes);
-        m_window->onCheckSoftwareUpdateScheduled();
-        SoftwareUpdater* updater = m_window->updater();
-        QVERIFY(updater);
-        QSignalSpy done(updater, &SoftwareUpdater::downloadComplited);
-        QVERIFY(done.wait(20000));
-        QCOMPARE(messageTexts(), QStringList {QStringLiteral("Available new update. Download it?")});
-        const QString path = done.at(0).at(0).toString();
-        QVERIFY(QFileInfo(path).size() == 512 * 1024);
-        QVERIFY(std::any_of(m_daemon->requests().cbegin(), m_daemon->requests().cend(), [](const QByteArray& r) {
-            return commandOf(r) == HelperWire::UpdateInstall;
-        }));
-        QVERIFY(!m_window->progressDialog());
-        QVERIFY(needExit);
-        QVERIFY(!m_window->isVisible());
-    }
-
     void exitWhileConnected_data()
     {
         QTest::addColumn<int>("answer");
@@ -341,18 +307,11 @@ private slots:
     {
         QFETCH(int, answer);
         QFETCH(bool, exits);
-        QString error;
-        const ManagementScript script
-            = ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/real-connect-and-stop.txt"), &error);
-        QVERIFY2(!script.steps.isEmpty(), qPrintable(error));
-        m_daemon->setManagementScript(script);
-        m_service.fixture().config = "client\ndev tun\n#udp proto udp\n#tcp proto tcp-client\nnobind\n";
         useOneLogin();
         makeWindow();
         QCOMPARE(signInAs(), NetworkManager::Success);
-        LocalSettings::instance()->setValue(Keys::OvpnProtocol, QStringLiteral("udp"));
-        m_window->onChangeServer(ServerIdentif(QStringLiteral("vpn-demo1"), QStringLiteral("Frankfurt")));
-        QTRY_VERIFY_WITH_TIMEOUT(m_window->connectPage()->isConnected(), 15000);
+        m_window->connectPage()->setUiState(ConnectWindow::Connecting);
+        m_window->connectPage()->onConnected();
         QCOMPARE(m_window->tray()->currentStatus(), int(SystemTray::Connected));
 
         CustomMessageBox::setNextAnswer(QMessageBox::StandardButton(answer));
@@ -371,15 +330,5 @@ private slots:
     }
 };
 
-int main(int argc, char** argv)
-{
-    PageTestEnvironment environment;
-    QApplication app(argc, argv);
-    app.setOrganizationName(QStringLiteral("QOLV"));
-    app.setApplicationName(QStringLiteral("Tavrin"));
-    app.setQuitOnLastWindowClosed(false);
-    TestMainWindowFlow test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+TAVRIN_PAGE_TEST_MAIN(TestMainWindowFlow)
 #include "tst_MainWindowFlow.moc"

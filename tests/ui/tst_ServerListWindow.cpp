@@ -7,7 +7,6 @@
 #include "AbstractServerModel.h"
 #include "LocalSettings.h"
 #include "PageTestEnvironment.h"
-#include "SearchEdit.h"
 #include "ServerListWindow.h"
 #include "ServerTreeView.h"
 
@@ -204,40 +203,6 @@ private slots:
         index = findRow(m_page->proxy(), row);
         clickIndex(m_page->view(), index.sibling(index.row(), 1));
         QTRY_COMPARE(LocalSettings::instance()->value(key).toStringList(), QStringList());
-    }
-
-    void unstarringInFavoritesRemovesTheSection()
-    {
-        // Amsterdam is a favourite and one of the recommended, so it shows twice.
-        LocalSettings::instance()->setValue(Keys::FavoriteServersUdp, QStringList {QStringLiteral("vpn1::Amsterdam")});
-        m_page->setServers(catalogue(), 4, true);
-        QVERIFY(m_page->filterButton(ServerListWindow::FavoritesFilter)->isChecked());
-        QVERIFY(findRow(m_page->proxy(), QStringLiteral("<*>")).isValid());
-        const QModelIndex first = findRow(m_page->proxy(), QStringLiteral("Amsterdam"));
-        clickIndex(m_page->view(), first.sibling(first.row(), 1));
-        QTRY_VERIFY(!findRow(m_page->proxy(), QStringLiteral("<*>")).isValid());
-        QCOMPARE(LocalSettings::instance()->value(Keys::FavoriteServersUdp).toStringList(), QStringList());
-    }
-
-    void searchFiltersAllKindsIgnoringCase_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("shown");
-        QTest::newRow("upper case finds both kinds") << "DE" << QStringList {"DE-Frankfurt", "DE-Munich"};
-        QTest::newRow("no match hides the list") << "zzz" << QStringList {};
-    }
-    void searchFiltersAllKindsIgnoringCase()
-    {
-        QFETCH(QString, text);
-        QFETCH(QStringList, shown);
-        m_page->setServers(catalogue(), 4, false);
-        QTest::mouseClick(m_page->filterButton(ServerListWindow::SearchFilter), Qt::LeftButton);
-        QTest::keyClicks(m_page->searchEdit(), text);
-        QStringList rows;
-        for (int row = 0; row < m_page->proxy()->rowCount(); ++row)
-            rows.append(m_page->proxy()->index(row, 0).data().toString());
-        QCOMPARE(rows, shown);
-        QCOMPARE(m_page->view()->isVisible(), !shown.isEmpty());
     }
 
 private:

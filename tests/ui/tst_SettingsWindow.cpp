@@ -34,30 +34,6 @@ private slots:
         m_page.reset(new SettingsWindow);
     }
 
-    void storedLanguage_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("selected");
-        QTest::newRow("code with a region") << "zh_CN"
-                                            << "zh_CN";
-        QTest::newRow("codes are case-sensitive") << "DE"
-                                                  << "en";
-    }
-    void storedLanguage()
-    {
-        QFETCH(QString, stored);
-        QFETCH(QString, selected);
-        LocalSettings::instance()->setValue(Keys::Language, stored);
-        m_page->loadSettings({OpenVpnTcp});
-        QCOMPARE(m_page->languageBox()->currentData().toString(), selected);
-        // The protocol label follows the installed translation.
-        QCOMPARE(m_page->protocolBox()->itemText(0), QCoreApplication::translate("VpnProtocol", "OpenVPN TCP (safer)"));
-        if (selected != QLatin1String("en"))
-            QVERIFY(m_page->protocolBox()->itemText(0) != QLatin1String("OpenVPN TCP (safer)"));
-        m_page->saveSettings();
-        QCOMPARE(LocalSettings::instance()->value(Keys::Language).toString(), selected);
-    }
-
     void protocolChoice_data()
     {
         QTest::addColumn<Protocols>("offered");
