@@ -65,15 +65,12 @@ private slots:
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<int>("code");
         const QString full = QStringLiteral("full");
-        QTest::newRow("full account") << full << QString() << QByteArray() << int(NetworkManager::Success);
         QTest::newRow("lite mark on ver") << "lite" << QString() << QByteArray() << int(NetworkManager::LiteAccount);
         QTest::newRow("no ver element counts as lite")
             << full << QString() << document(element("auth", QStringLiteral("true")))
             << int(NetworkManager::LiteAccount);
         QTest::newRow("other service error")
             << full << "account blocked" << QByteArray() << int(NetworkManager::NetworkFailure);
-        QTest::newRow("answer that is not XML")
-            << full << QString() << QByteArray("<html>Bad gateway") << int(NetworkManager::LiteAccount);
         QTest::newRow("invalid Base64 in auth")
             << full << QString() << document("<ver>" + b64(QStringLiteral("true")) + "</ver><auth>!!%%</auth>")
             << int(NetworkManager::WrongLogin);
@@ -113,10 +110,6 @@ private slots:
                       pb = QStringLiteral("pb"), zero = QStringLiteral("0");
         QTest::newRow("two files before the first vpn keep only the second")
             << (file(a, pa, zero) + file(b, pb, zero) + vpn(QStringLiteral("S"), b)) << QStringList {b} << b << pb;
-        QTest::newRow("files after a vpn accumulate")
-            << (file(a, pa, zero) + vpn(QStringLiteral("S"), a) + file(b, pb, zero)) << QStringList {a, b} << a << pa;
-        QTest::newRow("server before its file has no password")
-            << (vpn(QStringLiteral("S"), a) + file(a, pa, zero)) << QStringList {a} << a << QString();
         QTest::newRow("server of a login without file adds an empty entry")
             << (file(a, pa, zero) + vpn(QStringLiteral("S"), b)) << QStringList {a, b} << b << QString();
     }
@@ -146,14 +139,11 @@ private slots:
         auto attr = [](const char* name, const char* value) {
             return QByteArray(name) + "=\"" + b64(QString::fromLatin1(value)) + "\" ";
         };
-        QTest::newRow("tcp 0 means no tcp") << attr("tcp", "0") + udp << QStringList() << u1194 << 0 << standard;
         QTest::newRow("0 first empties the list")
             << attr("tcp", "0,443") + udp << QStringList() << u1194 << 0 << standard;
         QTest::newRow("missing tcp and udp give one empty port each")
             << QByteArray() << absent << absent << 0 << standard;
         QTest::newRow("stealth port") << attr("ssl", "443") << absent << absent << 443 << standard;
-        QTest::newRow("group 2 is double-hop")
-            << attr("group", "2") << absent << absent << 0 << int(ServerInfo::Double);
         QTest::newRow("invalid Base64 everywhere")
             << QByteArray("tcp=\"#$%\" udp=\"***\" ssl=\"@@\" group=\"!!\" ") << absent << absent << 0 << standard;
     }

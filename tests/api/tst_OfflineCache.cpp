@@ -104,22 +104,9 @@ private slots:
         QVERIFY(LocalSettings::instance()->value(Keys::CachedServers).toStringList().isEmpty());
     }
 
-    void resetStoreReadsBackOneEmptyRecord()
-    {
-        LocalSettings::instance()->createDefaultSettings();
-        NetworkManager::instance();
-        NetworkManager::resetInstance();
-        const QStringList lines = LocalSettings::instance()->value(Keys::CachedServers).toStringList();
-        QCOMPARE(lines.size(), 1);
-        QCOMPARE(ServerInfo(lines.at(0)).name, QString());
-        QCOMPARE(lines.at(0), QString(ServerInfo(QString())));
-    }
-
     void serverLinesReadAndWrittenAsTheRecordDoes_data()
     {
         QTest::addColumn<QString>("line");
-        QTest::newRow("all thirteen fields")
-            << QStringLiteral("Oslo;no;Oslo;192.0.2.1;1;vpn1;pw;80.443;1194;4;443;2;sni.x");
         QTest::newRow("nine fields are a default record") << QStringLiteral("a;b;c;d;1;vpn1;g;1;2");
         QTest::newRow("placeholders in texts are filled by later fields")
             << QStringLiteral("a%12b;%1;c%13;d;1;vpn1;p%2w;80;9;4;5;2;%11");
@@ -167,14 +154,12 @@ private slots:
         QTest::addColumn<CacheMap>("map");
         QTest::addColumn<bool>("written");
         const QByteArray two = QByteArray::fromHex("0000000200000002006200000001320000000200610000000131");
-        QTest::newRow("empty map is a zero count") << QByteArray(4, '\0') << CacheMap() << true;
         QTest::newRow("entries go from the last key to the first")
             << two << CacheMap {{QStringLiteral("a"), QByteArray("1")}, {QStringLiteral("b"), QByteArray("2")}} << true;
         QTest::newRow("cut in the last value")
             << two.left(two.size() - 1) << CacheMap {{QStringLiteral("b"), QByteArray("2")}} << false;
         QTest::newRow("count larger than the entries") << QByteArray::fromHex("7fffffff00000002006100000000")
                                                        << CacheMap {{QStringLiteral("a"), QByteArray()}} << false;
-        QTest::newRow("garbage") << QByteArray("not a map at all") << CacheMap() << false;
     }
     void mapEncoding()
     {

@@ -87,15 +87,6 @@ private slots:
         QCOMPARE(file.configFileName, firstPath);
         QCOMPARE(readFile(file.configFileName), readData("expected-stealth.ovpn"));
     }
-
-    void unopenableFileReportsFalse()
-    {
-        MakeOVPNFile file;
-        file.setFileTemplate(QStringLiteral("/nonexistent-directory-for-tavrin/tavrin.XXXXXX"));
-        QVERIFY(!file.generate(server("udp")));
-        QVERIFY(!file.generateStunnel(server("udp")));
-        QVERIFY(!file.generated);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestMakeOVPNFile)

@@ -96,8 +96,6 @@ private slots:
             << L {">LOG:1,,auth: received control message: auth_failed",
                   ">LOG:2,,AUTH: Received control message: AUTH_FAILED"}
             << "log,error 0,disconnected";
-        QTest::newRow("log echo of a state line counts as a state line")
-            << L {">LOG:1795382834,,MANAGEMENT: " + up} << "state ,connected,disconnected";
         QTest::newRow("replies, history, prompts of other kinds are ignored")
             << L {"SUCCESS: signal SIGTERM thrown",
                   "ERROR: unknown command, enter 'help' for more options",
@@ -128,35 +126,6 @@ private slots:
                                 "--up /usr/share/tavrin/script/update-resolv-conf.sh  "
                                 "--down /usr/share/tavrin/script/update-resolv-conf.sh ")
                      .arg(port->port()));
-    }
-
-    void answersCredentials_data()
-    {
-        QTest::addColumn<QString>("username");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QByteArray>("sent");
-        QTest::newRow("blank sent unquoted, non-ASCII as UTF-8")
-            << "jürgen doe"
-            << "pässwort x" << QByteArray("username \"Auth\" j\xc3\xbcrgen doe\npassword \"Auth\" p\xc3\xa4sswort x");
-        // 1023 bytes in all: the line feed is the part that gets cut, so the password continues the line.
-        QTest::newRow("overlong value cut to the command limit")
-            << QString(1100, QLatin1Char('u')) << "pw"
-            << QByteArray("username \"Auth\" ") + QByteArray(1007, 'u') + "password \"Auth\" pw";
-    }
-    void answersCredentials()
-    {
-        QFETCH(QString, username);
-        QFETCH(QString, password);
-        QFETCH(QByteArray, sent);
-        ManagementScript script = framed({">PASSWORD:Need 'Auth' username/password"}, false);
-        const QList<QByteArray> lines = sent.split('\n');
-        if (lines.size() == 2)
-            script.expect(lines.at(0));
-        script.send("SUCCESS: 'Auth' username entered, but not yet verified").expect(lines.last());
-        m_daemon->setManagementScript(script.send("SUCCESS: 'Auth' password entered, but not yet verified").close());
-        m_connector->connect(QStringLiteral("/tmp/vpn.ovpn"), username, password);
-        QTRY_VERIFY_WITH_TIMEOUT(m_recorder->events.contains("disconnected"), 15000);
-        QCOMPARE(m_daemon->managementPort()->mismatches(), QList<QString>());
     }
 
     // Each case ends with its error alone: without a management connection no disconnected follows.

@@ -52,20 +52,10 @@ private slots:
         QTest::addColumn<Call>("call");
         QTest::addColumn<QByteArray>("expected");
         using S = ServiceConnector;
-        QTest::newRow("firewall change: text beyond the BMP takes one code point") << Call([](S& s) {
-            return s.firewallChange(QStringLiteral("höst;\U0001F600"), "tun0", {false, true, false, true, false});
-        })
-                                                                                   << packet(
-                                                                                          3,
-                                                                                          {{4,
-                                                                                            QStringLiteral(
-                                                                                                "höst;\U0001F600")},
-                                                                                           {40964,
-                                                                                            QStringLiteral("tun0")},
-                                                                                           {43012,
-                                                                                            QByteArray(
-                                                                                                "\x00\x01\x00\x01\x00",
-                                                                                                5)}});
+        const QString host = QStringLiteral("höst;\U0001F600");
+        QTest::newRow("firewall change: text beyond the BMP takes one code point") << Call([host](S& s) {
+            return s.firewallChange(host, "tun0", {false, true, false, true, false});
+        }) << packet(3, {{4, host}, {40964, QStringLiteral("tun0")}, {43012, QByteArray("\x00\x01\x00\x01\x00", 5)}});
         QTest::newRow("firewall off has no payload") << Call([](S& s) { return s.firewallOff(); }) << packet(2);
         QTest::newRow("time zone set: flag 0, UTF-8 name at offset 5")
             << Call([](S& s) { return s.timezoneChange(false, QStringLiteral("America/São_Paulo")); })
@@ -124,6 +114,8 @@ private slots:
         QTest::newRow("any non-zero result byte is true") << B::Reply << 0xff << true;
         QTest::newRow("reply in several pieces is joined") << B::ReplyInPieces << 1 << true;
         QTest::newRow("daemon hangs up without replying") << B::CloseWithoutReply << 1 << false;
+        // Held for the full 5 s receive time-out.
+        QTest::newRow("daemon never replies") << B::StaySilent << 1 << false;
     }
     void replyDecidesResult()
     {

@@ -46,7 +46,6 @@ private slots:
     }
     void cleanup()
     {
-        qputenv("PATH", m_path);
         const int pid = pidFromFile();
         if (alive(pid))
             ::kill(pid, SIGTERM);
@@ -54,25 +53,16 @@ private slots:
         QFile::remove(PidFile);
     }
 
-    void configurationFile_data()
-    {
-        QTest::addColumn<int>("port");
-        QTest::addColumn<QString>("sni");
-        QTest::newRow("empty server name still written") << 8443 << "";
-    }
+    // An empty server name is still written.
     void configurationFile()
     {
-        QFETCH(int, port);
-        QFETCH(QString, sni);
         StunnelManager manager;
-        QVERIFY(manager.makeConfigFile(QStringLiteral("198.51.100.7"), port, sni));
+        QVERIFY(manager.makeConfigFile(QStringLiteral("198.51.100.7"), 8443, QString()));
         QCOMPARE(contents(manager.configFilePath()),
                  QStringLiteral("sslVersion = all\r\nsocket = l:TCP_NODELAY=1\r\nsocket = r:TCP_NODELAY=1\r\n"
-                                "pid =/tmp/tavrin-stunnel.pid\r\n[openvpn]\r\nclient = yes\r\nsni = %1\r\n"
-                                "accept = 127.0.0.1:%2\r\nconnect = 198.51.100.7:%3\r\n")
-                     .arg(sni)
+                                "pid =/tmp/tavrin-stunnel.pid\r\n[openvpn]\r\nclient = yes\r\nsni = \r\n"
+                                "accept = 127.0.0.1:%1\r\nconnect = 198.51.100.7:8443\r\n")
                      .arg(manager.getPort())
-                     .arg(port)
                      .toUtf8());
     }
 
@@ -91,41 +81,6 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(accepts(second.getPort()), 10000);
         QTRY_VERIFY(pidFromFile() != firstPid && alive(pidFromFile()));
     }
-
-    void killUsesThePidFile_data()
-    {
-        QTest::addColumn<QByteArray>("pidText"); // null: no pid file
-        QTest::addColumn<QByteArray>("killArguments"); // empty: "kill" is not run
-        QTest::newRow("no pid file") << QByteArray() << QByteArray();
-        QTest::newRow("text instead of a number") << QByteArray("stunnel\n") << QByteArray();
-        QTest::newRow("valid pid") << QByteArray("424242\n") << QByteArray("424242\n");
-    }
-    void killUsesThePidFile()
-    {
-        QFETCH(QByteArray, pidText);
-        QFile pidFile(PidFile);
-        pidFile.remove();
-        if (!pidText.isNull())
-            QVERIFY(pidFile.open(QIODevice::WriteOnly) && pidFile.write(pidText) && pidFile.flush());
-        // A "kill" first on PATH that only writes its arguments down.
-        const QString log = m_bin.path() + QStringLiteral("/kill.args");
-        QFile script(m_bin.path() + QStringLiteral("/kill"));
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write(QStringLiteral("#!/bin/sh\necho \"$@\" > '%1'\n").arg(log).toUtf8());
-        script.close();
-        script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-        QFile::remove(log);
-        qputenv("PATH", m_bin.path().toUtf8() + ':' + m_path);
-
-        StunnelManager manager;
-        manager.killProcess(); // waits for "kill": its arguments are there once it returns
-        QTEST(contents(log), "killArguments");
-        pidFile.remove();
-    }
-
-private:
-    QTemporaryDir m_bin;
-    QByteArray m_path = qgetenv("PATH");
 };
 
 QTEST_GUILESS_MAIN(TestStunnelManager)

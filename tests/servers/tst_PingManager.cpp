@@ -129,19 +129,6 @@ private slots:
         QTEST(pings, "pings");
     }
 
-    void stopDropsQueuedJobs()
-    {
-        installStandIn(1);
-        PingManager manager;
-        manager.pingServers(serversNamed({"a", "b", "c", "d", "e", "f", "g"}));
-        // Five run at once; the other two wait in the queue until stopPing drops them.
-        QTRY_COMPARE(runs(), 5);
-        manager.stopPing();
-        settle(manager);
-        QCOMPARE(runs(), 5);
-        QCOMPARE(manager.servers().size(), 7);
-    }
-
     void newPassCountsLateResultsOfTheOldOne()
     {
         installStandIn(2);

@@ -55,7 +55,6 @@ private slots:
         QTest::addColumn<QStringList>("pair");
         QTest::newRow("login and name") << "vpn123::Frankfurt" << QStringList {"vpn123", "Frankfurt"};
         QTest::newRow("single colon is no separator") << "a:b" << QStringList {"", ""};
-        QTest::newRow("further parts ignored") << "a::b::c" << QStringList {"a", "b"};
     }
     void identifFromSettings()
     {

@@ -20,7 +20,6 @@ private slots:
         addRow("nothing measured gives the greatest name", "A:1:0 C:1:0 B:1:0", "C");
         addRow("an unmeasured server overtakes a measured one", "A:1:30 B:1:20 C:1:0", "C");
         addRow("equal latencies keep the first name", "B:1:20 A:1:20", "A");
-        addRow("empty list gives a default record", "", "");
     }
     void bestLocation()
     {
@@ -77,19 +76,6 @@ private slots:
         QCOMPARE(outline(sorted.proxy), rows.join(QLatin1Char(',')));
     }
 
-    void favoritesListIncludesItsHeader()
-    {
-        FavoritesServerModel model;
-        model.setServers(serversFromText("a:1:0* b:1:0"));
-        QStringList names;
-        for (const ServerInfo& server : model.getFavoriteLocation())
-            names.append(server.name);
-        QCOMPARE(names, QStringList({"<*>", "a", "a"}));
-        QVERIFY(model.setData(model.index(4, 1), true));
-        QCOMPARE(model.getFavoriteLocation().size(), 4);
-        QVERIFY(!model.setData(model.index(99, 1), true));
-    }
-
     void proxyViews_data()
     {
         QTest::addColumn<QString>("view");
@@ -100,7 +86,6 @@ private slots:
         addRow("favourite whatever the kind", "favorite", "", "Berlin,fr-paris");
         addRow("all without search", "all", "", "Berlin,de-fra,fr-paris,Paris-FR");
         addRow("search ignores case", "all", "FR", "de-fra,fr-paris,Paris-FR");
-        addRow("search text kept but unused in other views", "standart", "xyz", "fr-paris,Paris-FR");
     }
     void proxyViews()
     {
@@ -109,38 +94,11 @@ private slots:
         Sorted sorted("fr-paris:1:0* Berlin:2:0* Paris-FR:1:0 de-fra:2:0 odd:0:0");
         if (!view.isEmpty())
             sorted.proxy.showAll(search);
-        if (view == "standart")
-            sorted.proxy.showStandart();
-        else if (view == "double")
+        if (view == "double")
             sorted.proxy.showDouble();
         else if (view == "favorite")
             sorted.proxy.showFavorite();
         QTEST(outline(sorted.proxy), "rows");
-    }
-
-    void proxyOrder_data()
-    {
-        QTest::addColumn<QString>("names");
-        QTest::addColumn<QString>("sorted");
-        addRow("plain names before hyphenated ones", "a-b Berlin Amsterdam", "Amsterdam,Berlin,a-b");
-        addRow("case is ignored within each kind", "b-x A-y zurich Oslo", "Oslo,zurich,A-y,b-x");
-    }
-    void proxyOrder()
-    {
-        QFETCH(QString, names);
-        Sorted sorted(names);
-        QTEST(outline(sorted.proxy), "sorted");
-    }
-
-    void proxyFollowsFavouriteToggles()
-    {
-        Sorted sorted("b:1:0 a:2:0*");
-        sorted.proxy.showFavorite();
-        QCOMPARE(outline(sorted.proxy), QStringLiteral("a"));
-        QVERIFY(sorted.proxy.setData(sorted.proxy.index(0, 1), false));
-        QCOMPARE(sorted.proxy.rowCount(), 0);
-        QVERIFY(sorted.model.setData(sorted.model.index(0, 1), true));
-        QCOMPARE(outline(sorted.proxy), QStringLiteral("b"));
     }
 };
 
