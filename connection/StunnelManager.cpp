@@ -4,7 +4,46 @@
 
 #include <QDebug>
 #include <QFile>
-#include <QTextStream>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+QByteArray readProcFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The real uid of a process, -1 when it is gone or cannot be read.
+qint64 realUid(int pid)
+{
+    const QList<QByteArray> lines = readProcFile(QStringLiteral("/proc/%1/status").arg(pid)).split('\n');
+    for (const QByteArray& line : lines) {
+        if (line.startsWith("Uid:")) {
+            bool ok = false;
+            const qint64 uid = line.mid(4).simplified().split(' ').first().toLongLong(&ok);
+            return ok ? uid : -1;
+        }
+    }
+    return -1;
+}
+
+bool isStunnel(int pid)
+{
+    const auto named = [](const QString& name) {
+        return name == QLatin1String("stunnel4") || name == QLatin1String("stunnel");
+    };
+    const QString comm = QString::fromLocal8Bit(readProcFile(QStringLiteral("/proc/%1/comm").arg(pid)).trimmed());
+    return named(comm)
+        || named(QFileInfo(QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).symLinkTarget()).fileName());
+}
+
+} // namespace
 
 StunnelManager::StunnelManager(QObject* parent)
     : QObject(parent)
@@ -68,14 +107,40 @@ bool StunnelManager::makeConfigFile(const QString& host, int port, const QString
     return opened;
 }
 
+// The pid file lies in /tmp, where any local user may put one: only a regular file of ours that
+// names a stunnel of ours is believed, so that nobody can make us signal another of our processes.
 void StunnelManager::killProcess()
 {
-    QFile file(pidFile);
+    const int fd = ::open(QFile::encodeName(pidFile).constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0 && errno == ELOOP) {
+        qDebug() << "Can't kill stunnel. The pid file is a symbolic link:" << pidFile;
+        return;
+    }
     int pid = 0;
-    if (file.open(QIODevice::ReadOnly | QIODevice::Text))
-        pid = QTextStream(&file).readLine().toInt();
+    if (fd >= 0) {
+        struct stat info
+        { };
+        const bool stated = ::fstat(fd, &info) == 0;
+        char text[32] = {};
+        const ssize_t n
+            = stated && S_ISREG(info.st_mode) && info.st_uid == ::getuid() ? ::read(fd, text, sizeof text - 1) : -1;
+        ::close(fd);
+        if (n < 0) {
+            qDebug() << "Can't kill stunnel. The pid file is not a regular file of this user:" << pidFile;
+            return;
+        }
+        pid = QByteArray(text, int(n)).split('\n').first().trimmed().toInt();
+    }
     if (pid < 1) {
         qDebug() << "Can't kill stunnel. Invalid pid.";
+        return;
+    }
+    if (realUid(pid) != qint64(::getuid())) {
+        qDebug() << "Can't kill stunnel. Process" << pid << "is gone or belongs to another user.";
+        return;
+    }
+    if (!isStunnel(pid)) {
+        qDebug() << "Can't kill stunnel. Process" << pid << "is not stunnel.";
         return;
     }
     QProcess::execute(QStringLiteral("kill"), {QString::number(pid)});

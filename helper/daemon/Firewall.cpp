@@ -1,5 +1,8 @@
 #include "Firewall.h"
 
+#include "HelperPaths.h"
+#include "Nft.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -9,7 +12,7 @@
 #include <QSaveFile>
 
 namespace {
-constexpr int NftTimeoutMs = 10000;
+constexpr int NftTimeoutMs = 3000;
 }
 
 Firewall::Firewall(const QString& stateDir)
@@ -23,26 +26,7 @@ QString Firewall::stateFile() const
 
 bool Firewall::runNft(const QString& script)
 {
-    QProcess nft;
-    nft.setProcessChannelMode(QProcess::MergedChannels);
-    nft.start(QStringLiteral("nft"), {QStringLiteral("-f"), QStringLiteral("-")});
-    if (!nft.waitForStarted(NftTimeoutMs)) {
-        m_error = QStringLiteral("nft cannot be started: %1").arg(nft.errorString());
-        return false;
-    }
-    nft.write(script.toUtf8());
-    nft.closeWriteChannel();
-    if (!nft.waitForFinished(NftTimeoutMs)) {
-        nft.kill();
-        nft.waitForFinished();
-        m_error = QStringLiteral("nft did not finish");
-        return false;
-    }
-    if (nft.exitStatus() != QProcess::NormalExit || nft.exitCode() != 0) {
-        m_error = QStringLiteral("nft failed: %1").arg(QString::fromLocal8Bit(nft.readAll()).trimmed());
-        return false;
-    }
-    return true;
+    return Nft::run(script, m_error);
 }
 
 bool Firewall::on(const FirewallRequest& request)
@@ -76,16 +60,25 @@ bool Firewall::off()
     return true;
 }
 
+bool Firewall::installed()
+{
+    return listSucceeds(
+        {QStringLiteral("list"), QStringLiteral("table"), QStringLiteral("inet"), QStringLiteral("tavrin")});
+}
+
 bool Firewall::supported()
 {
-    m_error.clear();
+    return listSucceeds({QStringLiteral("list"), QStringLiteral("tables")});
+}
+
+bool Firewall::listSucceeds(const QStringList& arguments)
+{
     QProcess nft;
-    nft.start(QStringLiteral("nft"), {QStringLiteral("list"), QStringLiteral("tables")});
+    nft.start(QStringLiteral("nft"), arguments);
     nft.closeWriteChannel();
     if (!nft.waitForFinished(NftTimeoutMs)) {
         nft.kill();
         nft.waitForFinished();
-        m_error = QStringLiteral("nft not available");
         return false;
     }
     return nft.exitStatus() == QProcess::NormalExit && nft.exitCode() == 0;
@@ -114,7 +107,7 @@ void Firewall::restoreAtStart()
 
 bool Firewall::save(const FirewallRequest& r, bool active, bool atStart)
 {
-    QDir().mkpath(m_stateDir);
+    HelperPaths::makePrivateDir(m_stateDir);
     QJsonObject o {{QStringLiteral("active"), active},
                    {QStringLiteral("enableOnStart"), atStart},
                    {QStringLiteral("addresses"), r.addresses},

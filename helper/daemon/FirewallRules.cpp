@@ -23,7 +23,8 @@ QString setElements(const QStringList& items)
 
 bool FirewallRules::isValidInterfaceName(const QString& name)
 {
-    static const QRegularExpression pattern(QStringLiteral("^[A-Za-z0-9_.-]{1,15}$"));
+    static const QRegularExpression pattern(
+        QRegularExpression::anchoredPattern(QStringLiteral("[A-Za-z0-9_.-]{1,15}")));
     return pattern.match(name).hasMatch() && name != QLatin1String(".") && name != QLatin1String("..");
 }
 

@@ -1,6 +1,10 @@
 #include "HelperPaths.h"
 
+#include <QDir>
+#include <QFile>
 #include <QProcessEnvironment>
+
+#include <sys/stat.h>
 
 HelperPaths HelperPaths::fromEnvironment()
 {
@@ -18,4 +22,9 @@ HelperPaths HelperPaths::fromEnvironment()
                                  QStringLiteral("/usr/share/tavrin/script/update-resolv-conf.sh"));
     p.dpkgRoot = env.value(QStringLiteral("TAVRIN_HELPERD_DPKG_ROOT"));
     return p;
+}
+
+bool HelperPaths::makePrivateDir(const QString& dir)
+{
+    return QDir().mkpath(dir) && ::chmod(QFile::encodeName(dir).constData(), 0700) == 0;
 }

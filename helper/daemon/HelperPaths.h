@@ -8,6 +8,8 @@ class HelperPaths
 {
 public:
     static HelperPaths fromEnvironment();
+    // Creates dir (and its parents) and makes it private to root: mode 0700. False on failure.
+    static bool makePrivateDir(const QString& dir);
 
     QString root;
     QString stateDir; // remembered firewall rules and time zone, private copies of files

@@ -6,19 +6,22 @@
 #include "HelperWire.h"
 
 #include <QDebug>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 
 #include <cstring>
+#include <unistd.h>
 
 namespace {
 
-constexpr int MaxClients = 32;
 const char* const BufferProperty = "tavrinRequest";
 const char* const DoneProperty = "tavrinDone";
+const char* const UidProperty = "tavrinUid";
+const char* const InodeProperty = "tavrinInode";
 
-void finish(QTcpSocket* socket)
+void finishReading(QTcpSocket* socket)
 {
     socket->setProperty(DoneProperty, true);
     socket->setProperty(BufferProperty, QByteArray());
@@ -45,7 +48,21 @@ HelperServer::HelperServer(RequestHandler* handler, int requestTimeoutMs, QObjec
     , m_server(new QTcpServer(this))
     , m_requestTimeoutMs(requestTimeoutMs)
 {
+    // Each request holds a thread only for its own work; most take milliseconds.
+    m_pool.setMaxThreadCount(32);
+    m_server->setMaxPendingConnections(MaxConnections);
     connect(m_server, &QTcpServer::newConnection, this, &HelperServer::onNewConnection);
+}
+
+HelperServer::~HelperServer()
+{
+    finish();
+}
+
+void HelperServer::finish()
+{
+    m_server->close();
+    m_pool.waitForDone();
 }
 
 bool HelperServer::listen(quint16 port)
@@ -66,16 +83,32 @@ quint16 HelperServer::port() const
 void HelperServer::onNewConnection()
 {
     while (QTcpSocket* socket = m_server->nextPendingConnection()) {
-        if (m_clients >= MaxClients) {
-            qWarning() << "too many clients: dropping one from port" << socket->peerPort();
+        const PeerUid::Peer peer = PeerUid::lookup(socket->peerPort(), socket->localPort());
+        QString refusal;
+        if (peer.uid < 0)
+            refusal = QStringLiteral("not found in the socket table");
+        else if (m_clients >= MaxConnections)
+            refusal = QStringLiteral("%1 connections open").arg(m_clients);
+        else if (peer.uid != 0 && m_clientsOfUid.value(peer.uid) >= MaxConnectionsPerUid)
+            refusal = QStringLiteral("uid %1 has %2 connections open").arg(peer.uid).arg(MaxConnectionsPerUid);
+        if (!refusal.isEmpty()) {
+            qWarning().noquote() << QStringLiteral("client port %1: %2, dropped").arg(socket->peerPort()).arg(refusal);
             socket->abort();
             socket->deleteLater();
             continue;
         }
         ++m_clients;
+        ++m_clientsOfUid[peer.uid];
+        socket->setProperty(UidProperty, peer.uid);
+        socket->setProperty(InodeProperty, peer.inode);
         socket->setReadBufferSize(qint64(HelperWire::PacketSize) + 1);
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-        connect(socket, &QObject::destroyed, this, [this] { --m_clients; });
+        const qint64 uid = peer.uid;
+        connect(socket, &QObject::destroyed, this, [this, uid] {
+            --m_clients;
+            if (--m_clientsOfUid[uid] <= 0)
+                m_clientsOfUid.remove(uid);
+        });
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
         auto* timer = new QTimer(socket);
         timer->setSingleShot(true);
@@ -92,7 +125,7 @@ void HelperServer::onNewConnection()
 void HelperServer::drop(QTcpSocket* socket, const QString& why)
 {
     qWarning().noquote() << QStringLiteral("client port %1: %2, dropped").arg(socket->peerPort()).arg(why);
-    finish(socket);
+    finishReading(socket);
     socket->abort();
     socket->deleteLater();
 }
@@ -117,20 +150,38 @@ void HelperServer::onReadyRead(QTcpSocket* socket)
         socket->setProperty(BufferProperty, buffer);
         return;
     }
-    finish(socket);
+    finishReading(socket);
+    dispatch(socket, buffer);
+}
 
-    const qint64 uid = PeerUid::lookup(socket->peerPort(), socket->localPort());
-    bool ok = false;
-    if (uid < 0)
-        qWarning() << "client port" << socket->peerPort() << "not found in the socket table: refused";
-    else
-        ok = m_handler->handle(buffer, uid);
-
-    ReplyPacket reply {};
-    reply.result = ok ? 1 : 0;
-    reply.value = 0;
-    char bytes[HelperWire::ReplySize];
-    std::memcpy(bytes, &reply, sizeof bytes);
-    socket->write(bytes, sizeof bytes);
-    socket->disconnectFromHost();
+void HelperServer::dispatch(QTcpSocket* socket, const QByteArray& packet)
+{
+    const qint64 uid = socket->property(UidProperty).toLongLong();
+    const quint64 inode = socket->property(InodeProperty).toULongLong();
+    const quint16 peerPort = socket->peerPort();
+    QPointer<QTcpSocket> target(socket);
+    RequestHandler* handler = m_handler;
+    m_pool.start([this, target, packet, uid, inode, peerPort, handler] {
+        bool ok = false;
+        // Root is trusted, but not a process of ours acting as root for someone else, nor a
+        // caller that is gone and can no longer be told apart.
+        if (inode == 0 || PeerUid::heldByDescendant(inode, ::getpid()))
+            qWarning() << "client port" << peerPort << "is a process started by this daemon or gone: refused";
+        else
+            ok = handler->handle(packet, uid);
+        QMetaObject::invokeMethod(
+            this,
+            [target, ok] {
+                if (!target)
+                    return;
+                ReplyPacket reply {};
+                reply.result = ok ? 1 : 0;
+                reply.value = 0;
+                char bytes[HelperWire::ReplySize];
+                std::memcpy(bytes, &reply, sizeof bytes);
+                target->write(bytes, sizeof bytes);
+                target->disconnectFromHost();
+            },
+            Qt::QueuedConnection);
+    });
 }

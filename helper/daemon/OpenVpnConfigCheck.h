@@ -4,10 +4,11 @@
 #include <QString>
 #include <QStringList>
 
-// Refuses an OpenVPN configuration that would make OpenVPN, running as root, start a program,
-// load code, read another configuration, open a management port or write a file it names.
-// Lines are read the way OpenVPN reads them (leading blanks, a leading "--", quotes and
-// backslashes, comments, <tag> blocks), so a disguised directive is found as well.
+// Accepts an OpenVPN configuration only when every directive in it is one a client of the
+// service needs, with arguments of the expected shape; OpenVPN runs as root, so nothing in the
+// file may name a program, a library, another file or a management address. The text is read
+// exactly as OpenVPN 2.6 reads it (line chunks, byte order mark, quotes, backslashes, comments,
+// a leading "--", <tag> blocks), and anything OpenVPN could read differently is refused.
 class OpenVpnConfigCheck
 {
 public:
@@ -15,11 +16,12 @@ public:
     bool check(const QByteArray& config);
     QString error() const { return m_error; }
 
-    // OpenVPN's own tokenizer for one line; exposed for tests.
-    static QStringList tokenize(const QByteArray& line);
+    // The words OpenVPN reads from one line (its terminating line feed included, if any).
+    // On a line OpenVPN refuses, the result is empty and *error, if given, says why.
+    static QStringList tokenize(const QByteArray& line, QString* error = nullptr);
 
 private:
-    bool checkDirective(const QStringList& words, int lineNumber);
+    bool checkDirective(const QStringList& words, int lineNumber, bool block);
 
     QString m_error;
 };

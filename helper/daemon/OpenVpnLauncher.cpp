@@ -1,46 +1,191 @@
 #include "OpenVpnLauncher.h"
 
+#include "HelperPaths.h"
+#include "ManagementGuard.h"
+#include "Nft.h"
 #include "OpenVpnArguments.h"
 #include "OpenVpnConfigCheck.h"
+#include "PeerUid.h"
 #include "TrustedFile.h"
+#include "TunnelOwner.h"
+#include "WireText.h"
 
 #include <QDebug>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QProcessEnvironment>
+#include <QStandardPaths>
 #include <QThread>
+#include <QVector>
+
+#include <cerrno>
+#include <condition_variable>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <mutex>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
 
 namespace {
 constexpr qint64 MaxConfigSize = 1 << 20;
 constexpr int StopTimeoutMs = 5000;
+// The client gives up after five seconds; OpenVPN opens its management port within milliseconds.
 constexpr int ManagementWaitMs = 2000;
-
-// Whether something listens on 127.0.0.1:port, from the kernel's socket table, without
-// connecting (OpenVPN's management port takes one client only).
-bool isListening(quint16 port)
-{
-    QFile table(QStringLiteral("/proc/net/tcp"));
-    if (!table.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray local
-        = QByteArrayLiteral("0100007F:") + QByteArray::number(port, 16).toUpper().rightJustified(4, '0');
-    const QList<QByteArray> lines = table.readAll().split('\n');
-    for (const QByteArray& line : lines) {
-        const QList<QByteArray> fields = line.simplified().split(' ');
-        if (fields.size() > 3 && fields.at(1) == local && fields.at(3) == "0A")
-            return true;
-    }
-    return false;
-}
 } // namespace
 
-OpenVpnLauncher::OpenVpnLauncher(const QString& stateDir, const QString& resolverScript, QObject* parent)
-    : QObject(parent)
-    , m_stateDir(stateDir)
+struct OpenVpnLauncher::Run
+{
+    pid_t pid = -1;
+    int pidfd = -1;
+    int output = -1;
+    quint16 port = 0;
+    std::mutex mutex;
+    std::condition_variable endedChanged;
+    bool ended = false;
+
+    ~Run()
+    {
+        for (int fd : {pidfd, output}) {
+            if (fd >= 0)
+                ::close(fd);
+        }
+    }
+
+    void signal(int number) const { ::syscall(SYS_pidfd_send_signal, pidfd, number, nullptr, 0); }
+    bool waitEnded(int ms)
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        return endedChanged.wait_for(lock, std::chrono::milliseconds(ms), [this] { return ended; });
+    }
+};
+
+namespace {
+
+void logLines(QByteArray& pending, bool flush)
+{
+    int end;
+    while ((end = pending.indexOf('\n')) >= 0 || (flush && !pending.isEmpty())) {
+        const QByteArray line = end >= 0 ? pending.left(end) : pending;
+        pending.remove(0, end >= 0 ? end + 1 : pending.size());
+        qInfo().noquote() << "openvpn:" << WireText::forLog(QString::fromLocal8Bit(line).trimmed());
+    }
+}
+
+// Follows one OpenVPN until it exits: logs its output, reaps it, lifts the management port's
+// reservation and tells the owner the tunnel process is gone.
+void watch(const std::shared_ptr<OpenVpnLauncher::Run>& run, TunnelOwner& owner)
+{
+    pollfd fds[2] = {{run->output, POLLIN, 0}, {run->pidfd, POLLIN, 0}};
+    QByteArray pending;
+    char buffer[4096];
+    for (;;) {
+        if (::poll(fds, 2, -1) < 0) {
+            if (errno == EINTR)
+                continue;
+            break;
+        }
+        if (fds[0].revents) {
+            const ssize_t n = ::read(run->output, buffer, sizeof buffer);
+            if (n > 0) {
+                pending.append(buffer, int(n));
+                logLines(pending, false);
+            } else if (n == 0 || (errno != EINTR && errno != EAGAIN)) {
+                fds[0].fd = -1; // the output is closed; wait for the exit alone
+            }
+        }
+        if (fds[1].revents)
+            break;
+    }
+    int status = 0;
+    while (::waitpid(run->pid, &status, 0) < 0 && errno == EINTR) { }
+    for (ssize_t n; (n = ::read(run->output, buffer, sizeof buffer)) > 0;)
+        pending.append(buffer, int(n));
+    logLines(pending, true);
+    qInfo() << "openvpn: pid" << run->pid << "exited"
+            << (WIFEXITED(status) ? QStringLiteral("with code %1").arg(WEXITSTATUS(status))
+                                  : QStringLiteral("on signal %1").arg(WTERMSIG(status)));
+    QString error;
+    if (!Nft::run(ManagementGuard::removeScript(), error))
+        qWarning().noquote() << "openvpn: cannot lift the management port's reservation:" << error;
+    owner.setHeld(TunnelOwner::OpenVpn, false);
+    std::lock_guard<std::mutex> lock(run->mutex);
+    run->ended = true;
+    run->endedChanged.notify_all();
+}
+
+// Starts program with argv in workDir, its output into a pipe of ours, and nothing else of ours
+// open in it; the read end of the pipe, or -1 with error.
+pid_t spawn(const QString& program, const QStringList& arguments, const QString& workDir, int& output, QString& error)
+{
+    int pipeFds[2];
+    if (::pipe2(pipeFds, O_CLOEXEC) != 0) {
+        error = QStringLiteral("no pipe");
+        return -1;
+    }
+    QVector<QByteArray> storage {QFile::encodeName(program)};
+    for (const QString& a : arguments)
+        storage.append(a.toLocal8Bit());
+    QVector<char*> argv;
+    for (QByteArray& a : storage)
+        argv.append(a.data());
+    argv.append(nullptr);
+    const QByteArray dir = QFile::encodeName(workDir);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, pipeFds[1], 1);
+    posix_spawn_file_actions_adddup2(&actions, pipeFds[1], 2);
+    posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+    posix_spawn_file_actions_addchdir_np(&actions, dir.constData());
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t none;
+    sigset_t defaults;
+    sigemptyset(&none);
+    sigemptyset(&defaults);
+    for (int s : {SIGPIPE, SIGTERM, SIGINT, SIGHUP, SIGUSR1, SIGUSR2})
+        sigaddset(&defaults, s);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    pid_t pid = -1;
+    const int result = ::posix_spawn(&pid, argv.first(), &actions, &attributes, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
+    ::close(pipeFds[1]);
+    if (result != 0) {
+        ::close(pipeFds[0]);
+        error = QStringLiteral("openvpn cannot be started: %1").arg(QString::fromLocal8Bit(std::strerror(result)));
+        return -1;
+    }
+    ::fcntl(pipeFds[0], F_SETFL, O_NONBLOCK);
+    output = pipeFds[0];
+    return pid;
+}
+
+QString otherListeners(quint16 port, bool rootToo)
+{
+    QStringList uids;
+    for (qint64 uid : PeerUid::listeners(port)) {
+        if (rootToo || uid != 0)
+            uids.append(QString::number(uid));
+    }
+    return uids.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+OpenVpnLauncher::OpenVpnLauncher(const QString& stateDir, const QString& resolverScript, TunnelOwner& owner)
+    : m_stateDir(stateDir)
     , m_resolverScript(resolverScript)
+    , m_owner(owner)
 { }
 
 OpenVpnLauncher::~OpenVpnLauncher()
@@ -50,68 +195,93 @@ OpenVpnLauncher::~OpenVpnLauncher()
 
 void OpenVpnLauncher::stop()
 {
-    if (!m_process)
-        return;
-    QProcess* process = m_process;
-    m_process = nullptr;
-    if (process->state() != QProcess::NotRunning) {
-        qInfo() << "openvpn: stopping pid" << process->processId();
-        process->terminate();
-        if (!process->waitForFinished(StopTimeoutMs)) {
-            process->kill();
-            process->waitForFinished(StopTimeoutMs);
-        }
-    }
-    delete process;
+    QMutexLocker lock(&m_mutex);
+    stopLocked();
 }
 
-bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid)
+void OpenVpnLauncher::stopLocked()
 {
-    m_error.clear();
+    if (!m_run)
+        return;
+    const std::shared_ptr<Run> run = std::move(m_run);
+    if (!run->waitEnded(0)) {
+        qInfo() << "openvpn: stopping pid" << run->pid;
+        run->signal(SIGTERM);
+        if (!run->waitEnded(StopTimeoutMs)) {
+            run->signal(SIGKILL);
+            run->waitEnded(StopTimeoutMs);
+        }
+    }
+    if (m_watcher->wait(StopTimeoutMs)) {
+        m_watcher.reset();
+        return;
+    }
+    // Not gone even after SIGKILL: its watcher keeps the run and goes on waiting for it.
+    qWarning() << "openvpn: pid" << run->pid << "does not end";
+    [[maybe_unused]] QThread* abandoned = m_watcher.release();
+}
+
+bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString& error)
+{
     OpenVpnArguments args;
     if (!args.parse(arguments)) {
-        m_error = QStringLiteral("arguments refused: %1").arg(args.error());
+        error = QStringLiteral("arguments refused: %1").arg(args.error());
         return false;
     }
     QByteArray config;
     TrustedFile file(args.configPath(), callerUid);
     if (!file.read(MaxConfigSize, config)) {
-        m_error = QStringLiteral("configuration refused: %1").arg(file.error());
+        error = QStringLiteral("configuration refused: %1").arg(file.error());
         return false;
     }
     OpenVpnConfigCheck check;
     if (!check.check(config)) {
-        m_error = QStringLiteral("configuration refused: %1").arg(check.error());
+        error = QStringLiteral("configuration refused: %1").arg(check.error());
+        return false;
+    }
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("openvpn"));
+    if (program.isEmpty()) {
+        error = QStringLiteral("openvpn is not installed");
         return false;
     }
 
-    stop();
+    // Whoever listens there now would get the client's credentials instead of OpenVPN. A refused
+    // start leaves the running OpenVPN alone; only then is the port checked once more, since the
+    // old OpenVPN might have held it.
+    const quint16 port = args.managementPort();
+    QMutexLocker lock(&m_mutex);
+    for (const bool afterStop : {false, true}) {
+        const QString taken = otherListeners(port, afterStop);
+        if (!taken.isEmpty()) {
+            error = QStringLiteral("management port %1 is in use (uid %2)").arg(port).arg(taken);
+            return false;
+        }
+        if (!afterStop)
+            stopLocked();
+    }
 
-    QDir().mkpath(m_stateDir);
     const QString copy = m_stateDir + QStringLiteral("/openvpn.conf");
-    QFile::remove(copy);
-    QFile out(copy);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::NewOnly)
-        || !out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
-        || out.write(config) != config.size()) {
-        m_error = QStringLiteral("cannot write %1").arg(copy);
+    QFile out;
+    const int fd = HelperPaths::makePrivateDir(m_stateDir) ? TrustedFile::createPrivate(copy) : -1;
+    if (fd < 0 || !out.open(fd, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)
+        || out.write(config) != config.size() || !out.flush()) {
+        if (fd >= 0 && !out.isOpen())
+            ::close(fd);
+        error = QStringLiteral("cannot write %1").arg(copy);
         return false;
     }
     out.close();
 
-    m_process = new QProcess(this);
-    m_process->setProcessChannelMode(QProcess::MergedChannels);
-    // Relative file names in the configuration mean what they meant beside the original.
-    m_process->setWorkingDirectory(QFileInfo(args.configPath()).absolutePath());
-    connect(m_process, &QProcess::readyRead, this, &OpenVpnLauncher::onOutput);
-    connect(m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this, [](int code) {
-        qInfo() << "openvpn: exited with code" << code;
-    });
+    if (!Nft::run(ManagementGuard::installScript(port, callerUid), error)) {
+        error = QStringLiteral("cannot reserve the management port: %1").arg(error);
+        return false;
+    }
+
     QStringList argv {QStringLiteral("--config"),
                       copy,
                       QStringLiteral("--management"),
                       QStringLiteral("127.0.0.1"),
-                      QString::number(args.managementPort()),
+                      QString::number(port),
                       QStringLiteral("--management-query-passwords"),
                       QStringLiteral("--script-security"),
                       QStringLiteral("2"),
@@ -123,29 +293,51 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid)
     const QString root = QProcessEnvironment::systemEnvironment().value(QStringLiteral("TAVRIN_HELPERD_ROOT"));
     if (!root.isEmpty())
         argv << QStringLiteral("--setenv") << QStringLiteral("TAVRIN_HELPERD_ROOT") << root;
-    m_process->start(QStringLiteral("openvpn"), argv);
-    if (!m_process->waitForStarted(StopTimeoutMs)) {
-        m_error = QStringLiteral("openvpn cannot be started: %1").arg(m_process->errorString());
-        delete m_process;
-        m_process = nullptr;
+
+    auto run = std::make_shared<Run>();
+    run->port = port;
+    // Relative file names in the configuration mean what they meant beside the original.
+    run->pid = spawn(program, argv, QFileInfo(args.configPath()).absolutePath(), run->output, error);
+    if (run->pid > 0)
+        run->pidfd = int(::syscall(SYS_pidfd_open, run->pid, 0));
+    if (run->pid <= 0 || run->pidfd < 0) {
+        if (run->pid > 0) {
+            ::kill(run->pid, SIGKILL);
+            ::waitpid(run->pid, nullptr, 0);
+            error = QStringLiteral("cannot follow the started openvpn");
+        }
+        QString ignored;
+        Nft::run(ManagementGuard::removeScript(), ignored);
         return false;
     }
-    qInfo() << "openvpn: started pid" << m_process->processId() << "management port" << args.managementPort();
+    // Held from now on: the watcher lets go when this OpenVPN ends, however soon that is.
+    m_owner.setHeld(TunnelOwner::OpenVpn, true);
+    TunnelOwner& owner = m_owner;
+    m_watcher.reset(QThread::create([run, &owner] { watch(run, owner); }));
+    m_watcher->start();
+    m_run = run;
+    qInfo() << "openvpn: started pid" << run->pid << "for uid" << callerUid << "management port" << port;
+
     // The client connects to the management port as soon as we answer and retries only every
-    // 100 ms: answering once OpenVPN listens saves it that wait.
+    // 100 ms: answering once OpenVPN listens saves it that wait. A listener of another uid there
+    // means someone took the port before OpenVPN could: the client must not talk to it.
     QElapsedTimer clock;
     clock.start();
-    while (!isListening(args.managementPort()) && clock.elapsed() < ManagementWaitMs
-           && m_process->state() == QProcess::Running)
+    QString others;
+    bool listening = false;
+    while (clock.elapsed() < ManagementWaitMs && !run->waitEnded(0)) {
+        others = otherListeners(port, false);
+        listening = !others.isEmpty() || PeerUid::listeners(port).contains(0);
+        if (listening)
+            break;
         QThread::msleep(2);
-    qInfo() << "openvpn: management port" << (isListening(args.managementPort()) ? "open" : "not open yet") << "after"
-            << clock.elapsed() << "ms";
+    }
+    if (!others.isEmpty()) {
+        error = QStringLiteral("management port %1 was taken by uid %2").arg(port).arg(others);
+        stopLocked();
+        return false;
+    }
+    qInfo() << "openvpn: management port" << (listening ? "open" : "not open yet") << "after" << clock.elapsed()
+            << "ms";
     return true;
-}
-
-void OpenVpnLauncher::onOutput()
-{
-    auto* process = qobject_cast<QProcess*>(sender());
-    while (process && process->canReadLine())
-        qInfo().noquote() << "openvpn:" << QString::fromLocal8Bit(process->readLine()).trimmed();
 }

@@ -1,29 +1,38 @@
 #pragma once
 
-#include <QObject>
+#include <QMutex>
 #include <QString>
 
-class QProcess;
+#include <memory>
+
+class QThread;
+
+class TunnelOwner;
 
 // Starts OpenVPN as root for a client, one at a time: a new start stops the previous one. Only
 // the argument shape the client builds is accepted, and OpenVPN is given a private copy of the
-// checked configuration, never the caller's file itself.
-class OpenVpnLauncher : public QObject
+// checked configuration, never the caller's file itself. It inherits no descriptor of the daemon
+// but its standard ones, and its management port is reserved for the tunnel's owner while it
+// runs. Safe to call from several threads: starts and stops are taken in turn.
+class OpenVpnLauncher
 {
-    Q_OBJECT
 public:
-    OpenVpnLauncher(const QString& stateDir, const QString& resolverScript, QObject* parent = nullptr);
-    ~OpenVpnLauncher() override;
+    OpenVpnLauncher(const QString& stateDir, const QString& resolverScript, TunnelOwner& owner);
+    ~OpenVpnLauncher();
 
-    bool start(const QString& arguments, qint64 callerUid);
+    // False with the reason in error when refused or OpenVPN could not be started.
+    bool start(const QString& arguments, qint64 callerUid, QString& error);
     void stop();
-    QString error() const { return m_error; }
+
+    struct Run;
 
 private:
-    void onOutput();
+    void stopLocked();
 
     QString m_stateDir;
     QString m_resolverScript;
-    QProcess* m_process = nullptr;
-    QString m_error;
+    TunnelOwner& m_owner;
+    QMutex m_mutex;
+    std::shared_ptr<Run> m_run;
+    std::unique_ptr<QThread> m_watcher;
 };

@@ -1,15 +1,30 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QtGlobal>
 
-// The wire protocol carries no identity, so the caller's uid comes from the kernel's socket
-// table: the line whose local end is the caller's port and whose remote end is ours.
+#include <sys/types.h>
+
+// The wire protocol carries no identity, so the caller's uid comes from the kernel: the owner of
+// the socket whose local end is the caller's port on 127.0.0.1 and whose remote end is ours.
 namespace PeerUid {
 
-// Looks the socket 127.0.0.1:peerPort -> 127.0.0.1:ourPort up in a /proc/net/tcp text; -1 if absent.
-qint64 find(const QByteArray& table, quint16 peerPort, quint16 ourPort);
-// The same on this process's live table.
-qint64 lookup(quint16 peerPort, quint16 ourPort);
+struct Peer
+{
+    qint64 uid = -1;
+    quint64 inode = 0; // 0 once the caller's end is no longer held by any process
+};
+
+// Asks the kernel (sock_diag) for the socket 127.0.0.1:peerPort -> 127.0.0.1:ourPort; uid -1 if
+// there is none.
+Peer lookup(quint16 peerPort, quint16 ourPort);
+
+// The uids of the sockets listening on port (any local address, IPv4 or IPv6).
+QList<qint64> listeners(quint16 port);
+
+// Whether a process descended from ancestor holds the socket with this inode. Such a process
+// (OpenVPN, or a script it runs) acts for whoever configured it, not with its own root rights.
+bool heldByDescendant(quint64 inode, pid_t ancestor);
 
 } // namespace PeerUid

@@ -8,13 +8,20 @@
 
 #include <cstring>
 
-RequestHandler::RequestHandler(const HelperPaths& paths, QObject* parent)
-    : QObject(parent)
+RequestHandler::RequestHandler(const HelperPaths& paths)
+    : m_owner(paths.stateDir)
     , m_firewall(paths.stateDir)
     , m_timezone(paths.localtime, paths.timezoneFile, paths.zoneinfoDir, paths.stateDir)
     , m_update(paths)
-    , m_openvpn(new OpenVpnLauncher(paths.stateDir, paths.resolverScript, this))
+    , m_openvpn(paths.stateDir, paths.resolverScript, m_owner)
 { }
+
+void RequestHandler::restoreAtStart()
+{
+    QMutexLocker lock(&m_firewallMutex);
+    m_firewall.restoreAtStart();
+    m_owner.load(Firewall::installed());
+}
 
 bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString& detail)
 {
@@ -41,9 +48,26 @@ bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString
         detail += QStringLiteral(": malformed text field");
         return false;
     }
+    QMutexLocker lock(&m_firewallMutex);
     const bool ok = command == HelperWire::FirewallOn ? m_firewall.on(r) : m_firewall.change(r);
-    if (!ok)
+    if (ok)
+        m_owner.setHeld(TunnelOwner::Firewall, true);
+    else
         detail += QStringLiteral(": ") + m_firewall.error();
+    return ok;
+}
+
+bool RequestHandler::timezone(const QByteArray& packet, QString& detail)
+{
+    const bool restore = packet.at(int(HelperWire::TimezoneRestoreOffset)) != 0;
+    const QString zone = WireText::readUtf8(packet, HelperWire::TimezoneNameOffset, HelperWire::TimezoneNameSize);
+    detail = restore ? QStringLiteral("restore") : QStringLiteral("zone \"%1\"").arg(zone);
+    QMutexLocker lock(&m_timezoneMutex);
+    const bool ok = restore ? m_timezone.restore() : (!zone.isNull() && m_timezone.change(zone));
+    if (ok)
+        m_owner.setHeld(TunnelOwner::Timezone, !restore);
+    else
+        detail += QStringLiteral(": ") + m_timezone.error();
     return ok;
 }
 
@@ -56,6 +80,13 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
     quint32 command;
     std::memcpy(&command, packet.constData() + HelperWire::CommandOffset, sizeof command);
 
+    // Everything that changes or stops what the tunnel's owner holds.
+    const bool changesTunnel = command == HelperWire::FirewallOn || command == HelperWire::FirewallChange
+        || command == HelperWire::FirewallOff || command == HelperWire::FirewallEnableOnStart
+        || command == HelperWire::TimezoneChange || command == HelperWire::RunOpenVpnWithConfig;
+    QString refusal;
+    const bool claimed = changesTunnel && m_owner.claim(callerUid, refusal);
+
     QString name;
     QString detail;
     bool ok = false;
@@ -63,49 +94,54 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
     case HelperWire::FirewallOn:
     case HelperWire::FirewallChange:
         name = command == HelperWire::FirewallOn ? QStringLiteral("firewallOn") : QStringLiteral("firewallChange");
-        ok = firewall(command, packet, detail);
+        ok = claimed && firewall(command, packet, detail);
         break;
     case HelperWire::FirewallOff:
         name = QStringLiteral("firewallOff");
-        ok = m_firewall.off();
-        detail = m_firewall.error();
+        if (claimed) {
+            QMutexLocker lock(&m_firewallMutex);
+            ok = m_firewall.off();
+            if (ok)
+                m_owner.setHeld(TunnelOwner::Firewall, false);
+            detail = m_firewall.error();
+        }
         break;
-    case HelperWire::FirewallSupported:
+    case HelperWire::FirewallSupported: {
         name = QStringLiteral("firewallSupported");
-        ok = m_firewall.supported();
+        ok = Firewall::supported();
         break;
+    }
     case HelperWire::FirewallEnableOnStart:
         name = QStringLiteral("firewallEnableOnStart");
-        ok = m_firewall.enableOnStart();
+        if (claimed) {
+            QMutexLocker lock(&m_firewallMutex);
+            ok = m_firewall.enableOnStart();
+        }
         break;
     case HelperWire::TimezoneChangeSupported:
         name = QStringLiteral("timezonechangeSupported");
         ok = m_timezone.supported();
         break;
-    case HelperWire::TimezoneChange: {
+    case HelperWire::TimezoneChange:
         name = QStringLiteral("timezoneChange");
-        const bool restore = packet.at(int(HelperWire::TimezoneRestoreOffset)) != 0;
-        const QString zone = WireText::readUtf8(packet, HelperWire::TimezoneNameOffset, HelperWire::TimezoneNameSize);
-        detail = restore ? QStringLiteral("restore") : QStringLiteral("zone \"%1\"").arg(zone);
-        ok = restore ? m_timezone.restore() : (!zone.isNull() && m_timezone.change(zone));
-        if (!ok)
-            detail += QStringLiteral(": ") + m_timezone.error();
+        ok = claimed && timezone(packet, detail);
         break;
-    }
     case HelperWire::RunOpenVpnWithConfig: {
         name = QStringLiteral("runOpenVpnWithConfig");
         const QString args
             = WireText::readUcs4(packet, HelperWire::OpenVpnArgumentsOffset, HelperWire::OpenVpnArgumentsSize);
         detail = QStringLiteral("arguments \"%1\"").arg(args);
-        ok = !args.isNull() && m_openvpn->start(args, callerUid);
-        if (!ok)
-            detail += QStringLiteral(": ") + m_openvpn->error();
+        QString error;
+        ok = claimed && !args.isNull() && m_openvpn.start(args, callerUid, error);
+        if (claimed && !ok)
+            detail += QStringLiteral(": ") + (args.isNull() ? QStringLiteral("malformed text field") : error);
         break;
     }
     case HelperWire::UpdateInstall: {
         name = QStringLiteral("updateInstall");
         const QString path = WireText::readUcs4(packet, HelperWire::UpdatePathOffset, HelperWire::UpdatePathSize);
         detail = QStringLiteral("package \"%1\"").arg(path);
+        QMutexLocker lock(&m_updateMutex);
         ok = !path.isNull() && m_update.install(path, callerUid);
         if (!ok)
             detail += QStringLiteral(": ") + m_update.error();
@@ -115,8 +151,14 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
         name = QStringLiteral("unknown command %1").arg(command);
         break;
     }
-    qInfo().noquote() << QStringLiteral("request from uid %1: %2 %3 -> %4")
-                             .arg(callerUid)
-                             .arg(name, detail, ok ? QStringLiteral("done") : QStringLiteral("refused"));
+    if (claimed)
+        m_owner.endClaim();
+    if (changesTunnel && !claimed)
+        detail += QStringLiteral(": ") + refusal;
+    // The whole line is escaped: requested values and the errors quoting them stay on it.
+    qInfo().noquote() << WireText::forLog(
+        QStringLiteral("request from uid %1: %2 %3 -> %4")
+            .arg(callerUid)
+            .arg(name, detail, ok ? QStringLiteral("done") : QStringLiteral("refused")));
     return ok;
 }

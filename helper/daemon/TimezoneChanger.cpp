@@ -1,5 +1,7 @@
 #include "TimezoneChanger.h"
 
+#include "HelperPaths.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -18,7 +20,8 @@ TimezoneChanger::TimezoneChanger(const QString& localtime,
 
 bool TimezoneChanger::isValidZoneName(const QString& zone)
 {
-    static const QRegularExpression pattern(QStringLiteral("^[A-Za-z0-9_+-]+(/[A-Za-z0-9_+-]+)*$"));
+    static const QRegularExpression pattern(
+        QRegularExpression::anchoredPattern(QStringLiteral("[A-Za-z0-9_+-]+(/[A-Za-z0-9_+-]+)*")));
     if (zone.toUtf8().size() > 511 || !pattern.match(zone).hasMatch())
         return false;
     const QStringList parts = zone.split(QLatin1Char('/'));
@@ -90,7 +93,7 @@ bool TimezoneChanger::change(const QString& zone)
     }
     if (!QFile::exists(savedFile())) {
         const QString own = currentZone();
-        QDir().mkpath(m_stateDir);
+        HelperPaths::makePrivateDir(m_stateDir);
         QSaveFile saved(savedFile());
         if (!saved.open(QIODevice::WriteOnly) || saved.write(own.toUtf8()) < 0 || !saved.commit()) {
             m_error = QStringLiteral("cannot remember the machine's zone");

@@ -1,5 +1,7 @@
 #include "UpdateInstaller.h"
 
+#include "HelperPaths.h"
+
 #include "TrustedFile.h"
 
 #include <QDebug>
@@ -10,7 +12,8 @@
 #include <QRandomGenerator>
 
 namespace {
-constexpr qint64 MaxPackageSize = qint64(1) << 30;
+// Our packages are a few MiB; anything far larger is refused by its size before a byte is copied.
+constexpr qint64 MaxPackageSize = qint64(256) << 20;
 // The client gives up on an answer after five seconds.
 constexpr int SystemdRunTimeoutMs = 4000;
 const QString UnitName = QStringLiteral("tavrin-helperd-update");
@@ -81,8 +84,10 @@ bool UpdateInstaller::install(const QString& path, qint64 callerUid)
         return false;
     }
     const QString dir = m_stateDir + QStringLiteral("/update");
-    QDir().mkpath(dir);
-    QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    if (!HelperPaths::makePrivateDir(dir)) {
+        m_error = QStringLiteral("cannot create %1").arg(dir);
+        return false;
+    }
     // A name of its own for each request: an install still running reads its copy by name again.
     const QString copy
         = QStringLiteral("%1/update-%2.deb")

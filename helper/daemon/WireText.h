@@ -12,4 +12,8 @@ namespace WireText {
 QString readUcs4(const QByteArray& packet, std::size_t offset, std::size_t size);
 QString readUtf8(const QByteArray& packet, std::size_t offset, std::size_t size);
 
+// A caller's text made safe for one log line: control characters (and Unicode line breaks)
+// become \xHH or \uHHHH, so a value cannot start a forged line of its own.
+QString forLog(const QString& text);
+
 } // namespace WireText

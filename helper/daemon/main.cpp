@@ -11,6 +11,7 @@
 #include <QSocketNotifier>
 
 #include <csignal>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -60,7 +61,7 @@ int main(int argc, char* argv[])
     }
 
     // Stop cleanly on SIGTERM and SIGINT, so that the OpenVPN we started goes with us.
-    if (::pipe(signalPipe) != 0)
+    if (::pipe2(signalPipe, O_CLOEXEC) != 0)
         return 1;
     QSocketNotifier notifier(signalPipe[0], QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &app, [&app] {
@@ -74,10 +75,17 @@ int main(int argc, char* argv[])
     std::signal(SIGPIPE, SIG_IGN);
 
     const HelperPaths paths = HelperPaths::fromEnvironment();
+    if (!HelperPaths::makePrivateDir(paths.stateDir)) {
+        qCritical().noquote() << "cannot create the state directory" << paths.stateDir;
+        return 1;
+    }
     RequestHandler handler(paths);
     HelperServer server(&handler, timeoutMs);
     if (!server.listen(quint16(port)))
         return 1;
     handler.restoreAtStart();
-    return app.exec();
+    const int status = app.exec();
+    server.finish();
+    handler.stopOpenVpn();
+    return status;
 }

@@ -3,7 +3,9 @@
 #include "StunnelManager.h"
 
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <csignal>
+#include <unistd.h>
 
 namespace {
 
@@ -80,6 +82,49 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!alive(firstPid), 10000);
         QTRY_VERIFY_WITH_TIMEOUT(accepts(second.getPort()), 10000);
         QTRY_VERIFY(pidFromFile() != firstPid && alive(pidFromFile()));
+    }
+
+    // The pid file lies in /tmp: another local user can write it, or put a link there.
+    void signalsOnlyItsOwnStunnel_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("pidFile");
+        QTest::addColumn<bool>("killed");
+        const QString stunnel = QStringLiteral("stunnel4");
+        QTest::newRow("own stunnel") << stunnel << QStringLiteral("plain") << true;
+        QTest::newRow("own process that is not stunnel") << QStringLiteral("sleep") << QStringLiteral("plain") << false;
+        QTest::newRow("pid file that is a link") << stunnel << QStringLiteral("link") << false;
+        QTest::newRow("pid file of another user") << stunnel << QStringLiteral("foreign") << false;
+    }
+    void signalsOnlyItsOwnStunnel()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, pidFile);
+        QFETCH(bool, killed);
+        if (pidFile == QLatin1String("foreign") && ::getuid() != 0)
+            QSKIP("giving the pid file away needs root");
+        // A sleep named like stunnel stands for one: the kernel takes the name from the file.
+        QTemporaryDir dir;
+        const QString binary = dir.filePath(program);
+        QVERIFY(QFile::copy(QStandardPaths::findExecutable(QStringLiteral("sleep")), binary));
+        QProcess target;
+        target.start(binary, {QStringLiteral("60")});
+        QVERIFY(target.waitForStarted());
+
+        const QString written = pidFile == QLatin1String("link") ? dir.filePath(QStringLiteral("pid")) : PidFile;
+        QFile file(written);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(QByteArray::number(target.processId()) + '\n');
+        file.close();
+        if (pidFile == QLatin1String("link"))
+            QVERIFY(QFile::link(written, PidFile));
+        if (pidFile == QLatin1String("foreign"))
+            QCOMPARE(::chown(QFile::encodeName(PidFile).constData(), 65534, 65534), 0);
+
+        StunnelManager().killProcess();
+        QCOMPARE(target.waitForFinished(killed ? 10000 : 1000), killed);
+        target.kill();
+        target.waitForFinished();
     }
 };
 

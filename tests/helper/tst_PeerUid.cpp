@@ -1,46 +1,42 @@
-// Finding the caller's uid in the kernel's socket table, and reading the wire's text fields.
+// Finding the caller's uid, and reading and logging the wire's text fields.
 
 #include "PeerUid.h"
 #include "WireText.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
+
+#include <unistd.h>
 
 class tst_PeerUid : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void table_data();
-    void table();
+    void lookup();
+    void forLog();
     void ucs4_data();
     void ucs4();
 };
 
-namespace {
-
-const QByteArray table
-    = "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout inode\n"
-      "   0: 0100007F:5C25 00000000:0000 0A 00000000:00000000 00:00000000 00000000     0        0 1 1\n"
-      "   1: 0100007F:5C25 0100007F:B5F4 01 00000000:00000000 00:00000000 00000000     0        0 2 1\n"
-      "   2: 0100007F:B5F4 0100007F:5C25 01 00000000:00000000 00:00000000 00000000  1000        0 3 1\n"
-      "   3: 0200A8C0:B5F5 0100007F:5C25 01 00000000:00000000 00:00000000 00000000  1001        0 4 1\n";
-
-} // namespace
-
-void tst_PeerUid::table_data()
+void tst_PeerUid::lookup()
 {
-    QTest::addColumn<int>("peerPort");
-    QTest::addColumn<qint64>("uid");
-
-    QTest::newRow("the client's end, not the daemon's") << 0xB5F4 << qint64(1000);
-    QTest::newRow("only loopback ends count") << 0xB5F5 << qint64(-1);
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, server.serverPort());
+    QVERIFY(client.waitForConnected() && server.waitForNewConnection(1000));
+    const PeerUid::Peer peer = PeerUid::lookup(client.localPort(), server.serverPort());
+    QCOMPARE(peer.uid, qint64(::getuid()));
+    QVERIFY(peer.inode != 0);
+    QCOMPARE(PeerUid::lookup(client.localPort(), quint16(server.serverPort() + 1)).uid, qint64(-1));
 }
 
-void tst_PeerUid::table()
+void tst_PeerUid::forLog()
 {
-    QFETCH(int, peerPort);
-    QFETCH(qint64, uid);
-    QCOMPARE(PeerUid::find(::table, quint16(peerPort), 0x5C25), uid);
+    const QString logged = WireText::forLog(QStringLiteral("UTC\nrequest from uid 0: x\r\u2028\x7f"));
+    QCOMPARE(logged, QStringLiteral("UTC\\x0arequest from uid 0: x\\x0d\\u2028\\x7f"));
 }
 
 void tst_PeerUid::ucs4_data()

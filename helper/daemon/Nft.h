@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+// Runs an nft script (nft -f -) and says whether it was applied; false with the reason in error.
+namespace Nft {
+
+bool run(const QString& script, QString& error);
+
+} // namespace Nft
