@@ -119,14 +119,7 @@ int main(int argc, char* argv[])
     }
 
     MakeOVPNFile file;
-    ConfigServer config;
-    config.protocol = QStringLiteral("udp");
-    config.ports = QStringList(QStringLiteral("1194"));
-    config.ip = QLatin1String(E2eLab::ServerAddress);
-    config.cert = lab.clientCert();
-    config.key = lab.clientKey();
-    config.config = lab.clientTemplate();
-    file.generate(config);
+    lab.writeClientConfig(file, QStringLiteral("udp"));
 
     const QString credentials = lab.dir() + QStringLiteral("/credentials");
     QFile creds(credentials);

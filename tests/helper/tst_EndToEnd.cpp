@@ -43,8 +43,6 @@ private slots:
     void connectsCarriesTrafficAndDisconnects();
 
 private:
-    bool configure(MakeOVPNFile& file, const QString& protocol, int stunnelPort = 0);
-
     E2eLab m_lab;
 };
 
@@ -61,19 +59,6 @@ void tst_EndToEnd::cleanup()
     if (QTest::currentTestFailed())
         qInfo().noquote() << "daemon log:\n" << m_lab.daemonLog().right(4000);
     QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 15000);
-}
-
-bool tst_EndToEnd::configure(MakeOVPNFile& file, const QString& protocol, int stunnelPort)
-{
-    ConfigServer c;
-    c.protocol = protocol;
-    c.ports = QStringList(protocol == QLatin1String("udp") ? QStringLiteral("1194") : QStringLiteral("80"));
-    c.ip = QLatin1String(E2eLab::ServerAddress);
-    c.cert = m_lab.clientCert();
-    c.key = m_lab.clientKey();
-    c.config = m_lab.clientTemplate();
-    c.stunnelPort = stunnelPort;
-    return stunnelPort ? file.generateStunnel(c) : file.generate(c);
 }
 
 void tst_EndToEnd::connectsCarriesTrafficAndDisconnects_data()
@@ -108,9 +93,9 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     MakeOVPNFile file;
     if (protocol == QLatin1String("stealth")) {
         stunnel.setConfigAndRunProcess(server.ip, E2eLab::StealthPort, QStringLiteral("vpn.e2e.test"));
-        QVERIFY(configure(file, QStringLiteral("tcp"), stunnel.getPort()));
+        QVERIFY(m_lab.writeClientConfig(file, QStringLiteral("tcp"), stunnel.getPort()));
     } else {
-        QVERIFY(configure(file, protocol));
+        QVERIFY(m_lab.writeClientConfig(file, protocol));
     }
 
     Connection connection;

@@ -1,5 +1,7 @@
 #include "E2eLab.h"
 
+#include "MakeOVPNFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
@@ -135,20 +137,20 @@ void E2eLab::stop()
     m_started = false;
 }
 
-int E2eLab::processesInClient(const QByteArray& name) const
+QStringList E2eLab::processIdsInClient(const QByteArray& name) const
 {
     struct stat client;
     if (::stat(ClientNamespace, &client) != 0)
-        return 0;
-    int count = 0;
+        return {};
+    QStringList pids;
     for (const QString& pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         struct stat ns;
         if (pid.at(0).isDigit() && readFile(QStringLiteral("/proc/%1/comm").arg(pid)).trimmed() == name
             && ::stat(QStringLiteral("/proc/%1/ns/net").arg(pid).toLocal8Bit().constData(), &ns) == 0
             && ns.st_ino == client.st_ino && ns.st_dev == client.st_dev)
-            ++count;
+            pids << pid;
     }
-    return count;
+    return pids;
 }
 
 QByteArray E2eLab::clientCert() const
@@ -170,4 +172,17 @@ QByteArray E2eLab::clientTemplate() const
            "<ca>\r\n"
         + readFile(dir() + QStringLiteral("/pki/ca.crt")) + "</ca>\r\n<tls-crypt>\r\n"
         + readFile(dir() + QStringLiteral("/pki/ta.key")) + "</tls-crypt>\r\n";
+}
+
+bool E2eLab::writeClientConfig(MakeOVPNFile& file, const QString& protocol, int stunnelPort) const
+{
+    ConfigServer c;
+    c.protocol = protocol;
+    c.ports = QStringList(protocol == QLatin1String("udp") ? QStringLiteral("1194") : QStringLiteral("80"));
+    c.ip = QLatin1String(ServerAddress);
+    c.cert = clientCert();
+    c.key = clientKey();
+    c.config = clientTemplate();
+    c.stunnelPort = stunnelPort;
+    return stunnelPort ? file.generateStunnel(c) : file.generate(c);
 }

@@ -7,7 +7,10 @@
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
+
+class MakeOVPNFile;
 
 class E2eLab
 {
@@ -38,10 +41,14 @@ public:
     QByteArray clientTemplate() const;
     QByteArray clientCert() const;
     QByteArray clientKey() const;
+    // Writes the client's configuration for the lab's server as the program does ("udp", "tcp", or
+    // "tcp" behind a local stunnel on stunnelPort); false when the file cannot be written.
+    bool writeClientConfig(MakeOVPNFile& file, const QString& protocol, int stunnelPort = 0) const;
     QByteArray daemonLog();
 
-    // Processes of that name running in the client namespace.
-    int processesInClient(const QByteArray& name) const;
+    // Processes of that name running in the client namespace: their pids, and how many.
+    QStringList processIdsInClient(const QByteArray& name) const;
+    int processesInClient(const QByteArray& name) const { return processIdsInClient(name).size(); }
     // A raw OpenVPN client run by hand in the client namespace (benchmark baseline).
     static QString openvpnProgram() { return QStringLiteral("openvpn"); }
 
