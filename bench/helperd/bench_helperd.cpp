@@ -1,8 +1,8 @@
 // How long the helper daemon takes to answer a quick question (command 7) while another client's
 // OpenVPN start is in flight, and while 50 clients ask at once. Runs the built tavrin-helperd on a
-// free loopback port in a directory of its own, with stand-ins first on PATH: an openvpn that never
-// opens its management port, so that every start waits the daemon's whole wait for it, and an nft
-// that does nothing.
+// free loopback port in a directory of its own, with stand-ins first on PATH: an openvpn that opens
+// its management port only after a second, so that every start keeps the daemon busy that long,
+// and an nft that does nothing.
 // Usage: bench_helperd [path of tavrin-helperd]
 
 #include "WireClient.h"
@@ -237,7 +237,9 @@ int main(int argc, char* argv[])
                               "MIIB\n-----END CERTIFICATE-----\n</ca>\n";
     if (!dir.isValid() || !QDir().mkpath(path("bin")) || !QDir().mkpath(path("root/etc"))
         || !QFile::link(QStringLiteral("/usr/share/zoneinfo/UTC"), path("root/etc/localtime"))
-        || !WireClient::writeFile(path("bin/openvpn"), "#!/bin/sh\nexec sleep 60\n", WireClient::Program)
+        || !WireClient::writeFile(path("bin/openvpn"),
+                                  QByteArray("#!/bin/sh\nsleep 1\nexec ") + TAVRIN_WIRE_TOOL + " listen \"$5\" 60\n",
+                                  WireClient::Program)
         || !WireClient::writeFile(path("bin/nft"), "#!/bin/sh\ncat > /dev/null\n", WireClient::Program)
         || !WireClient::writeFile(path("good.ovpn"), config)) {
         print(QStringLiteral("cannot prepare %1").arg(dir.path()));

@@ -83,9 +83,15 @@ quint16 HelperServer::port() const
 void HelperServer::onNewConnection()
 {
     while (QTcpSocket* socket = m_server->nextPendingConnection()) {
-        const PeerUid::Peer peer = PeerUid::lookup(socket->peerPort(), socket->localPort());
+        // The client connects from 127.0.0.1; another loopback address is someone playing tricks
+        // with the socket lookup.
+        const bool fromClientAddress = socket->peerAddress() == QHostAddress(QHostAddress::LocalHost);
+        const PeerUid::Peer peer
+            = fromClientAddress ? PeerUid::lookup(socket->peerPort(), socket->localPort()) : PeerUid::Peer();
         QString refusal;
-        if (peer.uid < 0)
+        if (!fromClientAddress)
+            refusal = QStringLiteral("not from 127.0.0.1 but from %1").arg(socket->peerAddress().toString());
+        else if (peer.uid < 0)
             refusal = QStringLiteral("not found in the socket table");
         else if (m_clients >= MaxConnections)
             refusal = QStringLiteral("%1 connections open").arg(m_clients);

@@ -24,8 +24,10 @@
 #include <cstring>
 #include <fcntl.h>
 #include <mutex>
+#include <netinet/in.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -36,7 +38,7 @@ namespace {
 constexpr qint64 MaxConfigSize = 1 << 20;
 constexpr int StopTimeoutMs = 5000;
 // The client gives up after five seconds; OpenVPN opens its management port within milliseconds.
-constexpr int ManagementWaitMs = 2000;
+constexpr int ManagementWaitMs = 3000;
 } // namespace
 
 struct OpenVpnLauncher::Run
@@ -170,14 +172,42 @@ pid_t spawn(const QString& program, const QStringList& arguments, const QString&
     return pid;
 }
 
-QString otherListeners(quint16 port, bool rootToo)
+QString listenerUids(quint16 port)
 {
     QStringList uids;
-    for (qint64 uid : PeerUid::listeners(port)) {
-        if (rootToo || uid != 0)
-            uids.append(QString::number(uid));
-    }
+    for (const PeerUid::Peer& listener : PeerUid::listeners(port))
+        uids.append(QString::number(listener.uid));
     return uids.join(QStringLiteral(", "));
+}
+
+// Whether nobody has bound 127.0.0.1:port, listening or not: we can bind it ourselves.
+bool portFree(quint16 port, QString& error)
+{
+    const int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const bool free = probe >= 0 && ::bind(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    if (probe >= 0)
+        ::close(probe);
+    if (!free) {
+        const QString listeners = listenerUids(port);
+        error = QStringLiteral("management port %1 is in use (%2)")
+                    .arg(port)
+                    .arg(listeners.isEmpty() ? QStringLiteral("bound, not listening")
+                                             : QStringLiteral("uid ") + listeners);
+    }
+    return free;
+}
+
+bool listensItself(pid_t pid, quint16 port)
+{
+    for (const PeerUid::Peer& listener : PeerUid::listeners(port)) {
+        if (PeerUid::holds(pid, listener.inode))
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -245,20 +275,16 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString&
         return false;
     }
 
-    // Whoever listens there now would get the client's credentials instead of OpenVPN. A refused
-    // start leaves the running OpenVPN alone; only then is the port checked once more, since the
-    // old OpenVPN might have held it.
+    // Whoever holds the port now would make OpenVPN give up and get the client's credentials
+    // instead. A refused start leaves the running OpenVPN alone, unless that one holds the port.
     const quint16 port = args.managementPort();
     QMutexLocker lock(&m_mutex);
-    for (const bool afterStop : {false, true}) {
-        const QString taken = otherListeners(port, afterStop);
-        if (!taken.isEmpty()) {
-            error = QStringLiteral("management port %1 is in use (uid %2)").arg(port).arg(taken);
-            return false;
-        }
-        if (!afterStop)
-            stopLocked();
-    }
+    const bool heldByOurs = m_run && m_run->port == port && !m_run->waitEnded(0);
+    if (!heldByOurs && !portFree(port, error))
+        return false;
+    stopLocked();
+    if (heldByOurs && !portFree(port, error))
+        return false;
 
     const QString copy = m_stateDir + QStringLiteral("/openvpn.conf");
     QFile out;
@@ -319,25 +345,21 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString&
     qInfo() << "openvpn: started pid" << run->pid << "for uid" << callerUid << "management port" << port;
 
     // The client connects to the management port as soon as we answer and retries only every
-    // 100 ms: answering once OpenVPN listens saves it that wait. A listener of another uid there
-    // means someone took the port before OpenVPN could: the client must not talk to it.
+    // 100 ms: answering once OpenVPN listens saves it that wait. And it must be OpenVPN that
+    // listens there: a socket someone else bound to the port first would make OpenVPN give up
+    // and get the client's credentials instead.
     QElapsedTimer clock;
     clock.start();
-    QString others;
     bool listening = false;
-    while (clock.elapsed() < ManagementWaitMs && !run->waitEnded(0)) {
-        others = otherListeners(port, false);
-        listening = !others.isEmpty() || PeerUid::listeners(port).contains(0);
-        if (listening)
-            break;
+    while (!(listening = listensItself(run->pid, port)) && clock.elapsed() < ManagementWaitMs && !run->waitEnded(0))
         QThread::msleep(2);
-    }
-    if (!others.isEmpty()) {
-        error = QStringLiteral("management port %1 was taken by uid %2").arg(port).arg(others);
+    if (!listening) {
+        error = run->waitEnded(0)
+            ? QStringLiteral("openvpn ended before it opened management port %1").arg(port)
+            : QStringLiteral("openvpn did not open management port %1 within %2 ms").arg(port).arg(ManagementWaitMs);
         stopLocked();
         return false;
     }
-    qInfo() << "openvpn: management port" << (listening ? "open" : "not open yet") << "after" << clock.elapsed()
-            << "ms";
+    qInfo() << "openvpn: management port open after" << clock.elapsed() << "ms";
     return true;
 }

@@ -11,6 +11,7 @@
 #include <linux/netlink.h>
 #include <linux/sock_diag.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -74,25 +75,48 @@ Peer lookup(quint16 peerPort, quint16 ourPort)
         if (n >= ssize_t(sizeof(nlmsghdr)) && NLMSG_OK(header, size_t(n)) && header->nlmsg_type == SOCK_DIAG_BY_FAMILY
             && header->nlmsg_len >= NLMSG_LENGTH(sizeof(inet_diag_msg))) {
             const auto* diag = static_cast<const inet_diag_msg*>(NLMSG_DATA(header));
-            peer.uid = diag->idiag_uid;
-            peer.inode = diag->idiag_inode;
+            // With no connection of that key the kernel answers with a socket listening on the
+            // caller's port instead: someone else's, never the caller.
+            if (diag->idiag_state == TCP_ESTABLISHED && diag->id.idiag_sport == htons(peerPort)
+                && diag->id.idiag_dport == htons(ourPort)) {
+                peer.uid = diag->idiag_uid;
+                peer.inode = diag->idiag_inode;
+            }
         }
     }
     ::close(fd);
     return peer;
 }
 
-QList<qint64> listeners(quint16 port)
+QList<Peer> listeners(quint16 port)
 {
     const QByteArray suffix = ':' + QByteArray::number(port, 16).toUpper().rightJustified(4, '0');
-    QList<qint64> uids;
+    QList<Peer> found;
     for (const char* file : {"/proc/net/tcp", "/proc/net/tcp6"}) {
         for (const QList<QByteArray>& fields : rows(readAll(QLatin1String(file)))) {
-            if (fields.at(1).endsWith(suffix) && fields.at(3) == "0A") // LISTEN
-                uids.append(fields.at(7).toLongLong());
+            if (fields.at(1).endsWith(suffix) && fields.at(3) == "0A") { // LISTEN
+                Peer peer;
+                peer.uid = fields.at(7).toLongLong();
+                peer.inode = fields.at(9).toULongLong();
+                found.append(peer);
+            }
         }
     }
-    return uids;
+    return found;
+}
+
+bool holds(pid_t pid, quint64 inode)
+{
+    const QByteArray target = "socket:[" + QByteArray::number(inode) + ']';
+    const QString fdDir = QStringLiteral("/proc/%1/fd").arg(pid);
+    for (const QString& fd : QDir(fdDir).entryList(QDir::System | QDir::NoDotAndDotDot)) {
+        char link[64];
+        const QByteArray path = QFile::encodeName(fdDir + QLatin1Char('/') + fd);
+        const ssize_t n = ::readlink(path.constData(), link, sizeof link);
+        if (n > 0 && QByteArray(link, int(n)) == target)
+            return true;
+    }
+    return false;
 }
 
 bool heldByDescendant(quint64 inode, pid_t ancestor)
@@ -115,7 +139,6 @@ bool heldByDescendant(quint64 inode, pid_t ancestor)
         if (close > 0 && rest.size() > 1)
             children[rest.at(1).toLongLong()].append(pid);
     }
-    const QByteArray target = "socket:[" + QByteArray::number(inode) + ']';
     QList<qint64> queue = children.value(ancestor);
     QSet<qint64> seen;
     while (!queue.isEmpty()) {
@@ -124,14 +147,8 @@ bool heldByDescendant(quint64 inode, pid_t ancestor)
             continue;
         seen.insert(pid);
         queue += children.value(pid);
-        const QString fdDir = QStringLiteral("/proc/%1/fd").arg(pid);
-        for (const QString& fd : QDir(fdDir).entryList(QDir::System | QDir::NoDotAndDotDot)) {
-            char link[64];
-            const QByteArray path = QFile::encodeName(fdDir + QLatin1Char('/') + fd);
-            const ssize_t n = ::readlink(path.constData(), link, sizeof link);
-            if (n > 0 && QByteArray(link, int(n)) == target)
-                return true;
-        }
+        if (holds(pid_t(pid), inode))
+            return true;
     }
     return false;
 }

@@ -20,8 +20,10 @@ struct Peer
 // there is none.
 Peer lookup(quint16 peerPort, quint16 ourPort);
 
-// The uids of the sockets listening on port (any local address, IPv4 or IPv6).
-QList<qint64> listeners(quint16 port);
+// The sockets listening on port (any local address, IPv4 or IPv6).
+QList<Peer> listeners(quint16 port);
+// Whether process pid holds the socket with this inode.
+bool holds(pid_t pid, quint64 inode);
 
 // Whether a process descended from ancestor holds the socket with this inode. Such a process
 // (OpenVPN, or a script it runs) acts for whoever configured it, not with its own root rights.

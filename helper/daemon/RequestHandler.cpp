@@ -1,5 +1,7 @@
 #include "RequestHandler.h"
 
+#include "ManagementGuard.h"
+#include "Nft.h"
 #include "WireText.h"
 
 #include "HelperWire.h"
@@ -21,6 +23,9 @@ void RequestHandler::restoreAtStart()
     QMutexLocker lock(&m_firewallMutex);
     m_firewall.restoreAtStart();
     m_owner.load(Firewall::installed());
+    // No OpenVPN of ours runs yet: a reservation left by a daemon that crashed goes.
+    QString error;
+    Nft::run(ManagementGuard::removeScript(), error);
 }
 
 bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString& detail)
@@ -50,8 +55,9 @@ bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString
     }
     QMutexLocker lock(&m_firewallMutex);
     const bool ok = command == HelperWire::FirewallOn ? m_firewall.on(r) : m_firewall.change(r);
+    // Rules that block nothing protect nobody: they make no owner.
     if (ok)
-        m_owner.setHeld(TunnelOwner::Firewall, true);
+        m_owner.setHeld(TunnelOwner::Firewall, r.killConnect || r.ipv6Block);
     else
         detail += QStringLiteral(": ") + m_firewall.error();
     return ok;
@@ -63,10 +69,10 @@ bool RequestHandler::timezone(const QByteArray& packet, QString& detail)
     const QString zone = WireText::readUtf8(packet, HelperWire::TimezoneNameOffset, HelperWire::TimezoneNameSize);
     detail = restore ? QStringLiteral("restore") : QStringLiteral("zone \"%1\"").arg(zone);
     QMutexLocker lock(&m_timezoneMutex);
+    // The zone follows the tunnel: while someone owns it only they may change it, but a zone of
+    // its own makes nobody the owner.
     const bool ok = restore ? m_timezone.restore() : (!zone.isNull() && m_timezone.change(zone));
-    if (ok)
-        m_owner.setHeld(TunnelOwner::Timezone, !restore);
-    else
+    if (!ok)
         detail += QStringLiteral(": ") + m_timezone.error();
     return ok;
 }

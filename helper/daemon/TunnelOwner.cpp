@@ -62,7 +62,7 @@ void TunnelOwner::load(bool firewallInForce)
     if (!file.open(QIODevice::ReadOnly))
         return;
     const QJsonObject o = QJsonDocument::fromJson(file.readAll()).object();
-    m_held = o.value(QStringLiteral("held")).toInt() & (firewallInForce ? Firewall | Timezone : Timezone);
+    m_held = firewallInForce ? o.value(QStringLiteral("held")).toInt() & Firewall : 0;
     m_owner = m_held ? qint64(o.value(QStringLiteral("owner")).toDouble(Nobody)) : Nobody;
     if (m_owner < 0) {
         m_owner = Nobody;

@@ -3,11 +3,10 @@
 #include <QMutex>
 #include <QString>
 
-// Who holds the machine's tunnel: the uid whose request started the running OpenVPN, switched
-// the firewall on or changed the time zone. It owns them until its OpenVPN has ended, its
-// firewall is off and the zone is back; meanwhile no other non-root uid may change or stop any
-// of them. Root may always act. The owner is kept in the state directory, so a restarted daemon
-// still knows whose rules are in force.
+// Who holds the machine's tunnel: the uid whose request started the running OpenVPN or switched
+// the kill switch on. It owns them until its OpenVPN has ended and its firewall is off; meanwhile
+// no other non-root uid may change or stop either, nor set the time zone. Root may always act. The owner is kept in the
+// state directory, so a restarted daemon still knows whose rules are in force.
 //
 // A request that would change a holding first claims (claim()), which also reserves the tunnel
 // for its uid while the work runs; the work reports what it holds (setHeld()) and the request
@@ -15,7 +14,7 @@
 class TunnelOwner
 {
 public:
-    enum Holding { OpenVpn = 1, Firewall = 2, Timezone = 4 };
+    enum Holding { OpenVpn = 1, Firewall = 2 };
     static constexpr qint64 Nobody = -1;
 
     explicit TunnelOwner(const QString& stateDir);

@@ -84,9 +84,13 @@ inline QString openVpnArguments(const QString& configPath, int managementPort)
 }
 
 // The reply's result byte: 1 yes, 0 no, -1 when no 9-byte reply came before the daemon closed.
-inline int result(quint16 port, const QByteArray& bytes)
+// A source address and port of the caller's choosing may be given.
+inline int
+result(quint16 port, const QByteArray& bytes, const QHostAddress& from = QHostAddress(), quint16 fromPort = 0)
 {
     QTcpSocket socket;
+    if (!from.isNull())
+        socket.bind(from, fromPort);
     socket.connectToHost(QStringLiteral("127.0.0.1"), port);
     if (!socket.waitForConnected(3000))
         return -1;

@@ -333,6 +333,13 @@ void tst_DaemonBoundary::refusesOthersAndServesTheOwner_data()
         1,
         After::Unchanged,
         {"listen", "%mgmt2", "20"});
+    row("A: start while B holds its management port unlistened",
+        A,
+        {"openvpn", "%port", "%a/good.ovpn", "%mgmt2"},
+        1,
+        After::Unchanged,
+        {"bind", "%mgmt2", "20"});
+    row("B: as root from another loopback address", B, {"raw-from", "%port", "2", "127.0.0.2", "%port"}, 2);
     row("B: OpenVPN with B's own config", B, start("good.ovpn"), 1);
 
     // A lets go, and then B may act.

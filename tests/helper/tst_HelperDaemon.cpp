@@ -42,11 +42,12 @@ void tst_HelperDaemon::initTestCase()
     QVERIFY(QDir().mkpath(path("bin")) && QDir().mkpath(path("root/etc")));
     QVERIFY(QFile::link(QStringLiteral("/usr/share/zoneinfo/UTC"), path("root/etc/localtime")));
     // Stand-ins record how they were called. OpenVPN's also asks the daemon to switch the
-    // firewall off, as root, the way a relay through OpenVPN would.
+    // firewall off, as root, the way a relay through OpenVPN would, then opens its management port.
     QVERIFY(WireClient::writeFile(path("bin/openvpn"),
                                   "#!/bin/sh\necho \"$$ $*\" >> " + path("openvpn.calls").toUtf8() + "\n"
                                       + TAVRIN_WIRE_TOOL + " firewall-off " + QByteArray::number(m_port) + " > "
-                                      + path("relay.answer").toUtf8() + "\nexec sleep 60\n",
+                                      + path("relay.answer").toUtf8() + "\nexec " + TAVRIN_WIRE_TOOL
+                                      + " listen \"$5\" 60\n",
                                   WireClient::Program));
     QVERIFY(WireClient::writeFile(path("bin/nft"),
                                   "#!/bin/sh\necho \"$*\" >> " + path("nft.calls").toUtf8() + "\ncat >> "

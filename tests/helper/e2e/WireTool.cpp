@@ -21,9 +21,9 @@ int say(const char* text, int code)
     return code;
 }
 
-int ask(quint16 port, const QByteArray& request)
+int ask(quint16 port, const QByteArray& request, const QHostAddress& from = QHostAddress(), quint16 fromPort = 0)
 {
-    const int result = WireClient::result(port, request);
+    const int result = WireClient::result(port, request, from, fromPort);
     return result == 1 ? say("yes", 0) : result == 0 ? say("no", 1) : say("no reply", 2);
 }
 
@@ -65,6 +65,17 @@ int listen(quint16 port, int seconds)
             delete socket;
         }
     }
+    return 0;
+}
+
+// Takes the port without listening on it, for the given time.
+int bind(quint16 port, int seconds)
+{
+    QTcpSocket socket;
+    if (!socket.bind(QHostAddress::LocalHost, port))
+        return say("cannot bind", 1);
+    say("bound", 0);
+    QThread::sleep(ulong(seconds));
     return 0;
 }
 
@@ -124,6 +135,10 @@ int main(int argc, char* argv[])
         return ask(port, WireClient::update(a.at(2)));
     if (a.size() == 3 && command == QLatin1String("raw"))
         return ask(port, WireClient::packet(a.at(2).toUInt()));
+    if (a.size() == 5 && command == QLatin1String("raw-from")) // from 127.0.0.2:SOURCE_PORT
+        return ask(port, WireClient::packet(a.at(2).toUInt()), QHostAddress(a.at(3)), a.at(4).toUShort());
+    if (a.size() == 3 && command == QLatin1String("bind"))
+        return bind(port, a.at(2).toInt());
     if (a.size() == 4 && command == QLatin1String("hold"))
         return hold(port, a.at(2).toInt(), a.at(3).toInt());
     if (a.size() == 3 && command == QLatin1String("listen"))
@@ -135,7 +150,8 @@ int main(int argc, char* argv[])
     std::fprintf(stderr,
                  "usage: %s firewall-on|firewall-change PORT ADDRS IFACE FLAGS5 | firewall-off PORT |\n"
                  "  timezone PORT ZONE | timezone-restore PORT | openvpn PORT CONFIG MGMT_PORT | update PORT PATH |\n"
-                 "  raw PORT CMD | hold PORT N SECONDS | listen PORT SECONDS | mgmt MGMT_PORT USER PASS |\n"
+                 "  raw PORT CMD | raw-from PORT CMD ADDRESS SOURCE_PORT | hold PORT N SECONDS |\n"
+                 "  listen PORT SECONDS | bind PORT SECONDS | mgmt MGMT_PORT USER PASS |\n"
                  "  mgmt-stop MGMT_PORT\n",
                  argv[0]);
     return 64;
