@@ -165,9 +165,11 @@ void HelperServer::dispatch(QTcpSocket* socket, const QByteArray& packet)
     const qint64 uid = socket->property(UidProperty).toLongLong();
     const quint64 inode = socket->property(InodeProperty).toULongLong();
     const quint16 peerPort = socket->peerPort();
-    QPointer<QTcpSocket> target(socket);
+    // The worker never touches the socket: it hands back the request's number and its answer.
+    const quint64 id = ++m_lastRequest;
+    m_inFlight.insert(id, socket);
     RequestHandler* handler = m_handler;
-    m_pool.start([this, target, packet, uid, inode, peerPort, handler] {
+    m_pool.start([this, id, packet, uid, inode, peerPort, handler] {
         bool ok = false;
         // Root is trusted, but not a process of ours acting as root for someone else, nor a
         // caller that is gone and can no longer be told apart.
@@ -176,18 +178,20 @@ void HelperServer::dispatch(QTcpSocket* socket, const QByteArray& packet)
         else
             ok = handler->handle(packet, uid);
         QMetaObject::invokeMethod(
-            this,
-            [target, ok] {
-                if (!target)
-                    return;
-                ReplyPacket reply {};
-                reply.result = ok ? 1 : 0;
-                reply.value = 0;
-                char bytes[HelperWire::ReplySize];
-                std::memcpy(bytes, &reply, sizeof bytes);
-                target->write(bytes, sizeof bytes);
-                target->disconnectFromHost();
-            },
-            Qt::QueuedConnection);
+            this, [this, id, ok] { reply(id, ok); }, Qt::QueuedConnection);
     });
+}
+
+void HelperServer::reply(quint64 id, bool ok)
+{
+    const QPointer<QTcpSocket> socket = m_inFlight.take(id);
+    if (!socket)
+        return;
+    ReplyPacket reply {};
+    reply.result = ok ? 1 : 0;
+    reply.value = 0;
+    char bytes[HelperWire::ReplySize];
+    std::memcpy(bytes, &reply, sizeof bytes);
+    socket->write(bytes, sizeof bytes);
+    socket->disconnectFromHost();
 }

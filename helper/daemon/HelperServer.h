@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QPointer>
 #include <QThreadPool>
 
 class QTcpServer;
@@ -34,11 +35,14 @@ private:
     void onReadyRead(QTcpSocket* socket);
     void drop(QTcpSocket* socket, const QString& why);
     void dispatch(QTcpSocket* socket, const QByteArray& packet);
+    void reply(quint64 id, bool ok);
 
     RequestHandler* m_handler;
     QTcpServer* m_server;
     int m_requestTimeoutMs;
     int m_clients = 0;
     QHash<qint64, int> m_clientsOfUid;
+    QHash<quint64, QPointer<QTcpSocket>> m_inFlight;
+    quint64 m_lastRequest = 0;
     QThreadPool m_pool;
 };

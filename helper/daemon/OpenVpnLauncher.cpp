@@ -225,7 +225,7 @@ OpenVpnLauncher::~OpenVpnLauncher()
 
 void OpenVpnLauncher::stop()
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     stopLocked();
 }
 
@@ -278,7 +278,7 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString&
     // Whoever holds the port now would make OpenVPN give up and get the client's credentials
     // instead. A refused start leaves the running OpenVPN alone, unless that one holds the port.
     const quint16 port = args.managementPort();
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     const bool heldByOurs = m_run && m_run->port == port && !m_run->waitEnded(0);
     if (!heldByOurs && !portFree(port, error))
         return false;

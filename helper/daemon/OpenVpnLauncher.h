@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QMutex>
 #include <QString>
+#include <mutex>
 
 #include <memory>
 
@@ -32,7 +32,7 @@ private:
     QString m_stateDir;
     QString m_resolverScript;
     TunnelOwner& m_owner;
-    QMutex m_mutex;
+    std::mutex m_mutex;
     std::shared_ptr<Run> m_run;
     std::unique_ptr<QThread> m_watcher;
 };

@@ -20,7 +20,7 @@ RequestHandler::RequestHandler(const HelperPaths& paths)
 
 void RequestHandler::restoreAtStart()
 {
-    QMutexLocker lock(&m_firewallMutex);
+    std::lock_guard<std::mutex> lock(m_firewallMutex);
     m_firewall.restoreAtStart();
     m_owner.load(Firewall::installed());
     // No OpenVPN of ours runs yet: a reservation left by a daemon that crashed goes.
@@ -53,7 +53,7 @@ bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString
         detail += QStringLiteral(": malformed text field");
         return false;
     }
-    QMutexLocker lock(&m_firewallMutex);
+    std::lock_guard<std::mutex> lock(m_firewallMutex);
     const bool ok = command == HelperWire::FirewallOn ? m_firewall.on(r) : m_firewall.change(r);
     // Rules that block nothing protect nobody: they make no owner.
     if (ok)
@@ -68,7 +68,7 @@ bool RequestHandler::timezone(const QByteArray& packet, QString& detail)
     const bool restore = packet.at(int(HelperWire::TimezoneRestoreOffset)) != 0;
     const QString zone = WireText::readUtf8(packet, HelperWire::TimezoneNameOffset, HelperWire::TimezoneNameSize);
     detail = restore ? QStringLiteral("restore") : QStringLiteral("zone \"%1\"").arg(zone);
-    QMutexLocker lock(&m_timezoneMutex);
+    std::lock_guard<std::mutex> lock(m_timezoneMutex);
     // The zone follows the tunnel: while someone owns it only they may change it, but a zone of
     // its own makes nobody the owner.
     const bool ok = restore ? m_timezone.restore() : (!zone.isNull() && m_timezone.change(zone));
@@ -105,7 +105,7 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
     case HelperWire::FirewallOff:
         name = QStringLiteral("firewallOff");
         if (claimed) {
-            QMutexLocker lock(&m_firewallMutex);
+            std::lock_guard<std::mutex> lock(m_firewallMutex);
             ok = m_firewall.off();
             if (ok)
                 m_owner.setHeld(TunnelOwner::Firewall, false);
@@ -120,7 +120,7 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
     case HelperWire::FirewallEnableOnStart:
         name = QStringLiteral("firewallEnableOnStart");
         if (claimed) {
-            QMutexLocker lock(&m_firewallMutex);
+            std::lock_guard<std::mutex> lock(m_firewallMutex);
             ok = m_firewall.enableOnStart();
         }
         break;
@@ -147,7 +147,7 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
         name = QStringLiteral("updateInstall");
         const QString path = WireText::readUcs4(packet, HelperWire::UpdatePathOffset, HelperWire::UpdatePathSize);
         detail = QStringLiteral("package \"%1\"").arg(path);
-        QMutexLocker lock(&m_updateMutex);
+        std::lock_guard<std::mutex> lock(m_updateMutex);
         ok = !path.isNull() && m_update.install(path, callerUid);
         if (!ok)
             detail += QStringLiteral(": ") + m_update.error();

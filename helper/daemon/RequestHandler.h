@@ -8,7 +8,7 @@
 #include "UpdateInstaller.h"
 
 #include <QByteArray>
-#include <QMutex>
+#include <mutex>
 
 // Carries out one complete request packet for a caller and says whether it succeeded. Every
 // request and its result are written to the log with the caller's uid. Requests may come from
@@ -30,11 +30,11 @@ private:
     bool timezone(const QByteArray& packet, QString& detail);
 
     TunnelOwner m_owner;
-    QMutex m_firewallMutex;
+    std::mutex m_firewallMutex;
     Firewall m_firewall;
-    QMutex m_timezoneMutex;
+    std::mutex m_timezoneMutex;
     TimezoneChanger m_timezone;
-    QMutex m_updateMutex;
+    std::mutex m_updateMutex;
     UpdateInstaller m_update;
     OpenVpnLauncher m_openvpn;
 };

@@ -14,7 +14,7 @@ TunnelOwner::TunnelOwner(const QString& stateDir)
 
 bool TunnelOwner::claim(qint64 uid, QString& why)
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     if (uid != 0 && m_owner != Nobody && m_owner != uid) {
         why = QStringLiteral("the tunnel is held by uid %1").arg(m_owner);
         return false;
@@ -29,7 +29,7 @@ bool TunnelOwner::claim(qint64 uid, QString& why)
 
 void TunnelOwner::update(Holding holding, bool held, bool endsClaim)
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     if (endsClaim)
         --m_pending;
     m_held = held ? (m_held | holding) : (m_held & ~holding);
@@ -42,7 +42,7 @@ void TunnelOwner::update(Holding holding, bool held, bool endsClaim)
 
 qint64 TunnelOwner::owner() const
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     return m_owner;
 }
 
@@ -57,7 +57,7 @@ void TunnelOwner::save() const
 
 void TunnelOwner::load(bool firewallInForce)
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     QFile file(m_file);
     if (!file.open(QIODevice::ReadOnly))
         return;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QMutex>
 #include <QString>
+#include <mutex>
 
 // Who holds the machine's tunnel: the uid whose request started the running OpenVPN or switched
 // the kill switch on. It owns them until its OpenVPN has ended and its firewall is off; meanwhile
@@ -35,7 +35,7 @@ private:
     void save() const;
 
     QString m_file;
-    mutable QMutex m_mutex;
+    mutable std::mutex m_mutex;
     qint64 m_owner = Nobody;
     int m_held = 0;
     int m_pending = 0;

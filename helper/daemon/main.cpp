@@ -80,10 +80,11 @@ int main(int argc, char* argv[])
         return 1;
     }
     RequestHandler handler(paths);
+    // What an earlier run left in force is settled before the first request is taken.
+    handler.restoreAtStart();
     HelperServer server(&handler, timeoutMs);
     if (!server.listen(quint16(port)))
         return 1;
-    handler.restoreAtStart();
     const int status = app.exec();
     server.finish();
     handler.stopOpenVpn();
