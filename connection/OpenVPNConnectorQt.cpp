@@ -1,6 +1,7 @@
 #include "OpenVPNConnectorQt.h"
 
 #include "FreePort.h"
+#include "InterruptSafe.h"
 #include "ServiceConnector.h"
 
 #include <QDebug>
@@ -28,7 +29,7 @@ qint32 sendAll(int socket, const char* buffer, qint32 length)
     qint32 total = 0;
     while (total < length) {
         // MSG_NOSIGNAL: OpenVPN going away must not take the program with it.
-        const ssize_t sent = ::send(socket, buffer + total, std::size_t(length - total), MSG_NOSIGNAL);
+        const ssize_t sent = InterruptSafe::send(socket, buffer + total, std::size_t(length - total), MSG_NOSIGNAL);
         if (sent < 0)
             return -1;
         total += qint32(sent);
@@ -50,9 +51,7 @@ int sgetline(int socket, QByteArray& line, int limit)
     int count = 0;
     for (;;) {
         char c = 0;
-        const ssize_t received = ::recv(socket, &c, 1, 0);
-        if (received < 0 && errno == EINTR)
-            continue;
+        const ssize_t received = InterruptSafe::recv(socket, &c, 1, 0);
         if (received <= 0)
             return -1;
         ++count;
@@ -223,7 +222,7 @@ bool OpenVPNConnectorQt::connectManagement()
     address.sin_family = AF_INET;
     address.sin_port = htons(quint16(managementPort.load()));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return ::connect(socketOpenVPNfd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    return InterruptSafe::connect(socketOpenVPNfd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
 void OpenVPNConnectorQt::sendCredential(const char* keyword, const QString& value)

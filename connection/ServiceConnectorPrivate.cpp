@@ -1,5 +1,6 @@
 #include "ServiceConnectorPrivate.h"
 
+#include "InterruptSafe.h"
 #include "ServiceConnector.h"
 
 #include <QDebug>
@@ -198,7 +199,7 @@ ReplyPacket ServiceConnectorPrivate::writeCmdToDaemon(const MessagePacket& packe
     address.sin_port = htons(helperPort());
     if (::inet_pton(AF_INET, HelperWire::Address, &address.sin_addr) != 1)
         return failed;
-    if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
+    if (InterruptSafe::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
         return failed;
 
     if (socketSendAll(fd, reinterpret_cast<const char*>(&packet), qint32(sizeof(packet))) < 0)
@@ -218,7 +219,7 @@ qint32 ServiceConnectorPrivate::socketSendAll(int socket, const char* buffer, qi
     qint32 total = 0;
     while (total < length) {
         // MSG_NOSIGNAL: a daemon that hangs up early must fail the request, not kill the program.
-        const ssize_t sent = ::send(socket, buffer + total, std::size_t(length - total), MSG_NOSIGNAL);
+        const ssize_t sent = InterruptSafe::send(socket, buffer + total, std::size_t(length - total), MSG_NOSIGNAL);
         if (sent == -1)
             return -1;
         total += qint32(sent);
@@ -236,7 +237,7 @@ qint32 ServiceConnectorPrivate::socketRecvAll(int socket, char* buffer, qint32 l
         timeout.tv_sec = ReceiveTimeoutSeconds;
         timeout.tv_usec = 0;
         ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
-        const ssize_t received = ::recv(socket, buffer + total, std::size_t(length - total), 0);
+        const ssize_t received = InterruptSafe::recv(socket, buffer + total, std::size_t(length - total), 0);
         if (received < 1)
             return -1;
         total += qint32(received);

@@ -13,7 +13,9 @@
 #include <QDebug>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QProcess>
 #include <QProcessEnvironment>
+#include <QSaveFile>
 #include <QStandardPaths>
 #include <QThread>
 #include <QVector>
@@ -43,6 +45,8 @@ constexpr int ManagementWaitMs = 3000;
 
 struct OpenVpnLauncher::Run
 {
+    QString resolverScript;
+    QString record; // pid and start time, for a daemon that starts again after a crash
     pid_t pid = -1;
     int pidfd = -1;
     int output = -1;
@@ -79,6 +83,32 @@ void logLines(QByteArray& pending, bool flush)
     }
 }
 
+// Runs the up/down script as OpenVPN runs it on the way down; it puts back what it saved, and
+// does nothing when there is nothing to put back.
+void restoreResolver(const QString& script)
+{
+    QProcess down;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("script_type"), QStringLiteral("down"));
+    down.setProcessEnvironment(environment);
+    down.setProcessChannelMode(QProcess::ForwardedChannels);
+    down.start(script, QStringList());
+    if (!down.waitForFinished(StopTimeoutMs) || down.exitCode() != 0)
+        qWarning().noquote() << "openvpn: the resolver could not be put back with" << script;
+}
+
+// The start time of a process in clock ticks since boot, or empty when it is gone.
+QByteArray startTime(qint64 pid)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const int close = stat.lastIndexOf(')'); // the command name before it may hold anything
+    const QList<QByteArray> fields = stat.mid(close + 2).split(' ');
+    if (close < 0 || fields.size() < 20)
+        return QByteArray();
+    return fields.at(19); // field 22 of the line; the list starts at field 3
+}
+
 // Follows one OpenVPN until it exits: logs its output, reaps it, lifts the management port's
 // reservation and tells the owner the tunnel process is gone.
 void watch(const std::shared_ptr<OpenVpnLauncher::Run>& run, TunnelOwner& owner)
@@ -112,6 +142,9 @@ void watch(const std::shared_ptr<OpenVpnLauncher::Run>& run, TunnelOwner& owner)
     qInfo() << "openvpn: pid" << run->pid << "exited"
             << (WIFEXITED(status) ? QStringLiteral("with code %1").arg(WEXITSTATUS(status))
                                   : QStringLiteral("on signal %1").arg(WTERMSIG(status)));
+    // Killed, OpenVPN runs no down script: its DNS servers would stay in force without it.
+    restoreResolver(run->resolverScript);
+    QFile::remove(run->record);
     QString error;
     if (!Nft::run(ManagementGuard::removeScript(), error))
         qWarning().noquote() << "openvpn: cannot lift the management port's reservation:" << error;
@@ -221,6 +254,34 @@ OpenVpnLauncher::OpenVpnLauncher(const QString& stateDir, const QString& resolve
 OpenVpnLauncher::~OpenVpnLauncher()
 {
     stop();
+}
+
+QString OpenVpnLauncher::recordFile() const
+{
+    return m_stateDir + QStringLiteral("/openvpn.pid");
+}
+
+void OpenVpnLauncher::stopLeftover()
+{
+    QFile record(recordFile());
+    if (!record.open(QIODevice::ReadOnly))
+        return;
+    const QList<QByteArray> fields = record.readAll().trimmed().split(' ');
+    record.close();
+    const qint64 pid = fields.value(0).toLongLong();
+    // The pid with its start time names that very process, never a later one given the same pid.
+    if (pid > 0 && fields.size() == 2 && startTime(pid) == fields.at(1)) {
+        qInfo() << "openvpn: stopping pid" << pid << "left by an earlier run";
+        ::kill(pid_t(pid), SIGTERM);
+        QElapsedTimer clock;
+        clock.start();
+        while (!startTime(pid).isEmpty() && clock.elapsed() < StopTimeoutMs)
+            QThread::msleep(20);
+        if (!startTime(pid).isEmpty())
+            ::kill(pid_t(pid), SIGKILL);
+    }
+    restoreResolver(m_resolverScript);
+    record.remove();
 }
 
 void OpenVpnLauncher::stop()
@@ -336,6 +397,12 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString&
         Nft::run(ManagementGuard::removeScript(), ignored);
         return false;
     }
+    run->resolverScript = m_resolverScript;
+    run->record = recordFile();
+    QSaveFile record(run->record);
+    if (!record.open(QIODevice::WriteOnly)
+        || record.write(QByteArray::number(run->pid) + ' ' + startTime(run->pid) + '\n') < 0 || !record.commit())
+        qWarning().noquote() << "openvpn: cannot remember pid" << run->pid << "in" << run->record;
     // Held from now on: the watcher lets go when this OpenVPN ends, however soon that is.
     m_owner.setHeld(TunnelOwner::OpenVpn, true);
     TunnelOwner& owner = m_owner;

@@ -13,7 +13,8 @@ class TunnelOwner;
 // the argument shape the client builds is accepted, and OpenVPN is given a private copy of the
 // checked configuration, never the caller's file itself. It inherits no descriptor of the daemon
 // but its standard ones, and its management port is reserved for the tunnel's owner while it
-// runs. Safe to call from several threads: starts and stops are taken in turn.
+// runs. Whenever it ends, by any cause, the resolver configuration its up script changed is put
+// back. Safe to call from several threads: starts and stops are taken in turn.
 class OpenVpnLauncher
 {
 public:
@@ -23,11 +24,15 @@ public:
     // False with the reason in error when refused or OpenVPN could not be started.
     bool start(const QString& arguments, qint64 callerUid, QString& error);
     void stop();
+    // At start: an OpenVPN that an earlier run of the daemon started and left behind (it was
+    // killed) is stopped, and the resolver put back, whatever became of that OpenVPN.
+    void stopLeftover();
 
     struct Run;
 
 private:
     void stopLocked();
+    QString recordFile() const;
 
     QString m_stateDir;
     QString m_resolverScript;

@@ -23,7 +23,8 @@ void RequestHandler::restoreAtStart()
     std::lock_guard<std::mutex> lock(m_firewallMutex);
     m_firewall.restoreAtStart();
     m_owner.load(Firewall::installed());
-    // No OpenVPN of ours runs yet: a reservation left by a daemon that crashed goes.
+    // No OpenVPN of ours runs yet: one a crashed run left goes, and so does its reservation.
+    m_openvpn.stopLeftover();
     QString error;
     Nft::run(ManagementGuard::removeScript(), error);
 }

@@ -5,8 +5,12 @@
 #include "ServiceConnectorPrivate.h"
 
 #include <algorithm>
+#include <atomic>
+#include <csignal>
 #include <cstring>
 #include <functional>
+#include <pthread.h>
+#include <thread>
 
 namespace {
 
@@ -28,6 +32,41 @@ QByteArray packet(quint32 command, const QList<QPair<int, QVariant>>& fields = {
     }
     return bytes;
 }
+
+// Signals fired at the calling thread every 200 us, with a handler that does not restart calls, as a
+// burst of SIGCHLD from finished ping processes would.
+class SignalStorm
+{
+public:
+    SignalStorm()
+        : m_target(pthread_self())
+    {
+        struct sigaction action
+        { };
+        action.sa_handler = [](int) {
+        };
+        sigaction(SIGUSR1, &action, &m_previous);
+        m_thread = std::thread([this] {
+            while (!m_stop) {
+                pthread_kill(m_target, SIGUSR1);
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+            }
+        });
+    }
+    ~SignalStorm()
+    {
+        m_stop = true;
+        m_thread.join();
+        sigaction(SIGUSR1, &m_previous, nullptr);
+    }
+
+private:
+    pthread_t m_target;
+    struct sigaction m_previous
+    { };
+    std::atomic<bool> m_stop {false};
+    std::thread m_thread;
+};
 
 } // namespace
 
@@ -80,6 +119,17 @@ private slots:
         QCOMPARE(actual.size(), expected.size());
         // The first differing offset says more than two 64 kB dumps.
         QCOMPARE(std::mismatch(actual.begin(), actual.end(), expected.begin()).first - actual.begin(), actual.size());
+    }
+
+    // Interrupted calls are taken up again: every kind of exchange still gets its answer.
+    void signalsChangeNoAnswer_data() { requestBytes_data(); }
+    void signalsChangeNoAnswer()
+    {
+        QFETCH(Call, call);
+        m_daemon->setBehaviour(FakeHelperDaemon::Behaviour::ReplyInPieces);
+        ServiceConnector connector;
+        const SignalStorm storm;
+        QVERIFY(call(connector));
     }
 
     void overlongTextIsRefused_data()
