@@ -95,6 +95,9 @@ bool FirewallRules::build(const FirewallRequest& request)
             out << QStringLiteral("ip6 daddr @allowed6 accept");
             in << QStringLiteral("ip6 saddr @allowed6 accept");
         }
+        // Name lookups leave through the tunnel only: not to the router either when local
+        // devices are let through (plain DNS and DNS over TLS).
+        out << QStringLiteral("meta l4proto { tcp, udp } th dport { 53, 853 } drop");
         if (request.allowLocalIp) {
             out << QStringLiteral("ip daddr @local4 accept") << QStringLiteral("ip6 daddr @local6 accept");
             in << QStringLiteral("ip saddr @local4 accept") << QStringLiteral("ip6 saddr @local6 accept");

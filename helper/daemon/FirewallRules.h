@@ -21,7 +21,8 @@ struct FirewallRequest
 // - killConnect: input and output drop everything but loopback, the tunnel interface, the
 //   allowed addresses, DHCP and (on input) replies to what was let out.
 // - ipv6Block: all IPv6 but loopback is dropped, through the tunnel too.
-// - allowLocalIp: with the kill switch, private, link-local and multicast ranges pass.
+// - allowLocalIp: with the kill switch, private, link-local and multicast ranges pass, but for
+//   DNS (ports 53 and 853), which goes through the tunnel or to an allowed address only.
 // - idle: no connection of ours is up or being made, so the tunnel interface is not trusted;
 //   everything else stays as it is, and the kill switch keeps the machine locked between
 //   connections.

@@ -22,11 +22,20 @@ QByteArray readFile(const QString& path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-bool tcpReachable(const char* address, quint16 port)
+// Connected, refused (the host answered) or dropped (a SYN that no one answers).
+enum class Tcp { Connected, Refused, Dropped };
+Tcp tcpTo(const char* address, quint16 port)
 {
     QTcpSocket socket;
     socket.connectToHost(QLatin1String(address), port);
-    return socket.waitForConnected(1500); // a dropped SYN shows as this time-out
+    if (socket.waitForConnected(1500))
+        return Tcp::Connected;
+    return socket.error() == QAbstractSocket::SocketTimeoutError ? Tcp::Dropped : Tcp::Refused;
+}
+
+bool tcpReachable(const char* address, quint16 port)
+{
+    return tcpTo(address, port) == Tcp::Connected;
 }
 
 } // namespace
@@ -66,17 +75,15 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects_data()
     QTest::addColumn<QString>("protocol");
     QTest::addColumn<QString>("tunnelServer");
     QTest::addColumn<QString>("password");
-    QTest::addColumn<bool>("killSwitch");
+    QTest::addColumn<int>("killSwitch"); // 0 off, 1 on, 2 on with local devices let through
 
     const QString password = QLatin1String(E2eLab::Password);
-    QTest::newRow("OpenVPN over UDP, kill switch on")
-        << QStringLiteral("udp") << QString::fromLatin1(E2eLab::UdpTunnelServer) << password << true;
-    QTest::newRow("OpenVPN over TCP") << QStringLiteral("tcp") << QString::fromLatin1(E2eLab::TcpTunnelServer)
-                                      << password << false;
-    QTest::newRow("stealth through stunnel")
-        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << password << false;
-    QTest::newRow("wrong password") << QStringLiteral("udp") << QString() << QStringLiteral("not-the-password")
-                                    << false;
+    const QString udp = QString::fromLatin1(E2eLab::UdpTunnelServer);
+    const QString tcp = QString::fromLatin1(E2eLab::TcpTunnelServer);
+    QTest::newRow("OpenVPN over UDP, kill switch on") << QStringLiteral("udp") << udp << password << 1;
+    QTest::newRow("OpenVPN over TCP, kill switch with local devices") << QStringLiteral("tcp") << tcp << password << 2;
+    QTest::newRow("stealth through stunnel") << QStringLiteral("stealth") << tcp << password << 0;
+    QTest::newRow("wrong password") << QStringLiteral("udp") << QString() << QStringLiteral("not-the-password") << 0;
 }
 
 void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
@@ -84,7 +91,7 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QFETCH(QString, protocol);
     QFETCH(QString, tunnelServer);
     QFETCH(QString, password);
-    QFETCH(bool, killSwitch);
+    QFETCH(int, killSwitch);
 
     StunnelManager stunnel;
     ServerInfo server;
@@ -103,10 +110,12 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
         FIREWALL_PARAMETERS flags;
         flags.killConnect = true;
         flags.ipv6Block = true;
+        flags.allowLocalIp = killSwitch == 2;
         QVERIFY(connection.firewallSupported());
         QVERIFY(connection.firewallOn(
             QStringLiteral("127.0.0.1;") + QLatin1String(E2eLab::ServerAddress), QStringLiteral("tun0"), flags));
-        QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+        // The stray address is a local one (10/8): let through only with local devices.
+        QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), killSwitch == 2);
     }
     QSignalSpy connected(&connection, &Connection::connected);
     QSignalSpy disconnected(&connection, &Connection::disconnected);
@@ -137,7 +146,10 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
                              5000);
     if (killSwitch) {
         QVERIFY(tcpReachable(tunnelServer.toLatin1().constData(), E2eLab::StealthPort));
-        QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+        QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), killSwitch == 2);
+        // DNS goes through the tunnel (nothing answers there: refused), never to a local address.
+        QVERIFY(tcpTo(tunnelServer.toLatin1().constData(), 53) == Tcp::Refused);
+        QVERIFY(tcpTo(E2eLab::StrayAddress, 53) == Tcp::Dropped);
         QVERIFY(connection.firewallOff());
         QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
         QProcess nft;
