@@ -1,35 +1,37 @@
 #include "GetManager.h"
 
+#include <QDebug>
 #include <QEventLoop>
 #include <QNetworkReply>
-#include <QSslConfiguration>
+#include <QSslError>
 
 #include "ReplyTimeout.h"
+#include "ServiceTls.h"
 #include "ServiceUrls.h"
 
 namespace {
 const int maxRetries = 5;
-}
+// Where a reply keeps the TLS errors of its handshake until it finishes.
+const char* const tlsErrorsProperty = "tavrinTlsErrors";
+} // namespace
 
 GetManager::GetManager(int timeoutMs, QObject* parent)
     : QObject(parent)
     , timeout(timeoutMs)
 {
     connect(&manager, &QNetworkAccessManager::finished, this, &GetManager::slotFinished);
+    connect(&manager, &QNetworkAccessManager::sslErrors, this, &GetManager::slotSslErrors);
 }
 
 void GetManager::getAsync(QUrl url, int id)
 {
     Q_UNUSED(id)
     success = false;
+    unverified = false;
     errorString.clear();
     retryCount = 0;
     request.setUrl(url);
-    // The service's certificate is not checked: the client only needs an encrypted channel to it.
-    QSslConfiguration tls = request.sslConfiguration();
-    tls.setPeerVerifyMode(QSslSocket::VerifyNone);
-    tls.setProtocol(QSsl::SecureProtocols);
-    request.setSslConfiguration(tls);
+    request.setSslConfiguration(ServiceTls::configuration());
     getReply();
 }
 
@@ -43,9 +45,13 @@ void GetManager::slotFinished(QNetworkReply* reply)
 {
     if (reply->error() != QNetworkReply::NoError) {
         success = false;
-        errorString = reply->errorString();
+        // Named by its TLS errors rather than by the bare "SSL handshake failed".
+        const QString tlsErrors = reply->property(tlsErrorsProperty).toString();
+        unverified = !tlsErrors.isEmpty();
+        errorString = unverified ? tlsErrors : reply->errorString();
     } else {
         success = true;
+        unverified = false;
         errorString.clear();
         data = reply->readAll();
     }
@@ -55,7 +61,16 @@ void GetManager::slotFinished(QNetworkReply* reply)
         getReply();
         return;
     }
+    if (unverified)
+        qWarning().noquote()
+            << QStringLiteral("The certificate of %1 did not verify: %2").arg(request.url().host(), errorString);
     emit finished(0);
+}
+
+void GetManager::slotSslErrors(QNetworkReply* reply, const QList<QSslError>& errors)
+{
+    // Nothing ignores them, so the handshake fails and the request is never sent.
+    reply->setProperty(tlsErrorsProperty, ServiceTls::describe(errors));
 }
 
 void GetManager::slotDownloadProgress(qint64 received, qint64 total)

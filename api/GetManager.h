@@ -8,6 +8,7 @@
 #include <QUrl>
 
 class QNetworkReply;
+class QSslError;
 
 // One request channel to the service: one GET at a time, each attempt watched by a ReplyTimeout, a failed attempt
 // re-sent at once up to five times. The owner reads the public fields after finished(0).
@@ -25,7 +26,10 @@ public:
 
     QNetworkAccessManager manager;
     bool success = false;
+    // The failed reply's error text; for a service whose certificate did not verify, the TLS errors.
     QString errorString;
+    // The last attempt failed because the service's certificate did not verify.
+    bool unverified = false;
     // The last successful body; kept across a failed request, so look at `success` first.
     QByteArray data;
     const int timeout;
@@ -40,6 +44,7 @@ public slots:
     void getReply();
     void slotFinished(QNetworkReply* reply);
     void slotDownloadProgress(qint64 received, qint64 total);
+    void slotSslErrors(QNetworkReply* reply, const QList<QSslError>& errors);
 
 private:
     // The probe has its own access manager so that slotFinished never takes its body or re-sends for it.

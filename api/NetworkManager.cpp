@@ -321,7 +321,7 @@ void NetworkManager::slotAuthFinished()
     qDebug() << "NetworkManager::slotAuthFinished";
     authGet->disconnect(this);
     if (!authGet->success) {
-        emit auth(NetworkFailure, authGet->errorString);
+        emit auth(authGet->unverified ? UnverifiedService : NetworkFailure, authGet->errorString);
         return;
     }
     // The cache is saved before the pings start: a long list means thousands of ping processes, and building the
@@ -437,6 +437,7 @@ void NetworkManager::onRequestGetBuyLinkFinished()
     buyLinkGet->disconnect(this);
     if (!buyLinkGet->success) {
         qDebug() << "Get buy link. Finished with Error:" << buyLinkGet->errorString;
+        emit buyLinkFailed(buyLinkGet->unverified ? UnverifiedService : NetworkFailure, buyLinkGet->errorString);
         return;
     }
     const QDomElement link = documentElement(buyLinkGet->data).firstChildElement(QStringLiteral("link"));

@@ -35,6 +35,8 @@ public:
         LiteAccount = 3,
         NoSubscription = 4,
         NetworkFailure = 5,
+        // The service's certificate did not verify, so nothing was sent; the message names the TLS errors.
+        UnverifiedService = 6,
     };
     Q_ENUM(ApiError)
 
@@ -70,6 +72,8 @@ signals:
     void programUpdate(QString version, QString link, bool success);
     void gotIpTimezone(QString timezone, bool success);
     void gotBuyLink(QString link);
+    // NetworkFailure or UnverifiedService, with the request's error text.
+    void buyLinkFailed(NetworkManager::ApiError error, QString message);
 
 public slots:
     void authRequest(QString user, QString password);

@@ -3,27 +3,27 @@
 #include <QDebug>
 #include <QEventLoop>
 #include <QNetworkAccessManager>
-#include <QSslConfiguration>
 #include <QThread>
 #include <QTimer>
 
 #include "LocalSettings.h"
 #include "MainWindow.h"
+#include "ServiceTls.h"
 
 namespace {
 const QString wakeUpMessage = QStringLiteral("Wake up!");
 
-// The first network access manager of a process loads Qt's network plugins, and the first TLS configuration
-// sets up the TLS library's defaults: together tens of milliseconds. The single-instance check spends most of
-// its time waiting, so both happen meanwhile on a thread of their own. What they load is process-wide and is
-// there when the service client makes its managers and sends its first request.
+// The first network access manager of a process loads Qt's network plugins, and the service's TLS settings load
+// the TLS library and read the system's certificate authorities and TAVRIN_CA_FILE: together tens of
+// milliseconds. The single-instance check spends most of its time waiting, so both happen meanwhile on a thread
+// of their own. What they load is process-wide and is there when the service client sends its first request.
 class NetworkWarmUp : public QThread
 {
 protected:
     void run() override
     {
         QNetworkAccessManager manager;
-        QSslConfiguration::defaultConfiguration();
+        ServiceTls::configuration();
     }
 };
 } // namespace

@@ -35,6 +35,7 @@ int main(int argc, char* argv[])
         return 0;
     }
 
+    restrictLogPermissions();
     qInstallMessageHandler(myMessageOutput);
 
     QCommandLineParser parser;

@@ -48,6 +48,16 @@ QByteArray MakeOVPNFile::dnsEnvConfig(QString ip)
     return {};
 }
 
+void MakeOVPNFile::discard()
+{
+    if (!fileName().isEmpty()) {
+        remove();
+        setFileName(QString());
+    }
+    configFileName.clear();
+    generated = false;
+}
+
 bool MakeOVPNFile::openTruncated()
 {
     if (!open())

@@ -7,7 +7,8 @@
 #include <QTemporaryFile>
 
 // Writes the OpenVPN configuration file of one connection, certificate and key inline.
-// The same temporary file (owner-only, removed with the object) is rewritten by every generation.
+// The same temporary file (owner-only, removed with the object) is rewritten by every generation,
+// until discard() removes it once the connection no longer needs it.
 class MakeOVPNFile : public QTemporaryFile
 {
     Q_OBJECT
@@ -19,6 +20,10 @@ public:
     bool generate(const ConfigServer& server);
     // OpenVPN over TCP to the local stunnel client.
     bool generateStunnel(const ConfigServer& server);
+
+    // Removes the file, which holds the private key; the next generation makes a new one under a
+    // fresh name (never the old name again, which anyone could have put a link at meanwhile).
+    void discard();
 
     // Extra per-server lines appended at the end of the file; none on this platform.
     QByteArray dnsEnvConfig(QString ip);

@@ -16,6 +16,38 @@ add_custom_command(OUTPUT ${changelog_gz}
 add_custom_target(tavrin_package_docs ALL DEPENDS ${changelog_gz})
 install(FILES ${changelog_gz} ${CMAKE_CURRENT_LIST_DIR}/debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tavrin)
 
+# The vendor's key for updates: the package installs its public half and the debsig-verify policy
+# that trusts it, and tavrin-helperd installs only packages it signed. A release gives the key
+# (scripts/release); without one, a key is made here and its secret thrown away, so such a build's
+# package takes no update at all.
+set(TAVRIN_UPDATE_KEY "" CACHE FILEPATH "Public OpenPGP key (gpg --export) whose primary key signs update packages")
+set(update_key ${TAVRIN_UPDATE_KEY})
+if(NOT update_key)
+    set(update_key ${CMAKE_BINARY_DIR}/packaging/throwaway-update-key.gpg)
+    if(NOT EXISTS ${update_key})
+        file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/packaging)
+        execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/update-key.sh throwaway ${update_key}
+                        RESULT_VARIABLE key_status)
+        if(NOT key_status EQUAL 0)
+            message(FATAL_ERROR "cannot make a throw-away update key (gpg, scripts/install-deps)")
+        endif()
+    endif()
+    message(STATUS "No TAVRIN_UPDATE_KEY: the package trusts a throw-away key and takes no update")
+endif()
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${update_key})
+set(update_trust ${CMAKE_BINARY_DIR}/packaging/update-trust)
+file(REMOVE_RECURSE ${update_trust})
+execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/update-key.sh trust ${update_key} ${update_trust}
+                OUTPUT_VARIABLE update_key_id OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE key_status)
+if(NOT key_status EQUAL 0)
+    message(FATAL_ERROR "TAVRIN_UPDATE_KEY ${update_key} is not a usable signing key")
+endif()
+install(FILES ${update_trust}/usr/share/debsig/keyrings/${update_key_id}/tavrin.gpg
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/debsig/keyrings/${update_key_id})
+install(FILES ${update_trust}/etc/debsig/policies/${update_key_id}/tavrin.pol
+        DESTINATION ${CMAKE_INSTALL_FULL_SYSCONFDIR}/debsig/policies/${update_key_id})
+file(WRITE ${CMAKE_BINARY_DIR}/packaging/conffiles "/etc/debsig/policies/${update_key_id}/tavrin.pol\n")
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tavrin)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -31,8 +63,9 @@ set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://velmora.com")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "openvpn, stunnel4, nftables, famfamfam-flag-png, iproute2")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "openvpn, stunnel4, nftables, famfamfam-flag-png, iproute2, debsig-verify, ca-certificates")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
-    ${CMAKE_CURRENT_LIST_DIR}/debian/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/prerm ${CMAKE_CURRENT_LIST_DIR}/debian/postrm)
+    ${CMAKE_CURRENT_LIST_DIR}/debian/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/prerm ${CMAKE_CURRENT_LIST_DIR}/debian/postrm
+    ${CMAKE_BINARY_DIR}/packaging/conffiles)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

@@ -16,7 +16,7 @@ void AbstractServerModel::logFavoriteChange(const QModelIndex& index,
     const auto text = [](bool mark) {
         return mark ? "true" : "false";
     };
-    qDebug() << "favorite changed" << index << QString(server) << text(oldMark) << text(newMark);
+    qDebug() << "favorite changed" << index << server.description() << text(oldMark) << text(newMark);
 }
 
 QVariant AbstractServerModel::headerData(int, Qt::Orientation, int) const

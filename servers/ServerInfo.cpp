@@ -80,6 +80,11 @@ ServerInfo::operator QString() const
     return line;
 }
 
+QString ServerInfo::description() const
+{
+    return QStringLiteral("%1 (%2, login %3)").arg(name, ip, user);
+}
+
 QDataStream& operator<<(QDataStream& stream, const ServerInfo& server)
 {
     stream << server.name << server.flag << server.title << server.ip << server.favorite << server.user

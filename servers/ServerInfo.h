@@ -28,8 +28,11 @@ struct ServerInfo
     // Builds a record from its one-line text form; a line of fewer than ten fields gives a default record.
     explicit ServerInfo(const QString& line);
 
-    // The one-line text form used by the offline cache. Fields are not escaped.
+    // The one-line text form used by the offline cache. Fields are not escaped. It holds the password:
+    // log lines take description() instead.
     operator QString() const;
+    // Name, address and VPN login, for log lines.
+    QString description() const;
 
     QString name;
     QString flag;

@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "Clock.h"
+#include "CustomMessageBox.h"
 #include "LocalSettings.h"
 #include "NetworkManager.h"
 #include "WidgetStyle.h"
@@ -84,6 +85,7 @@ AccountWindow::AccountWindow(QWidget* parent)
     connect(m_btRenew, &QPushButton::clicked, this, &AccountWindow::onRenewButtonClicked);
     connect(m_btBuy, &QPushButton::clicked, this, &AccountWindow::onBuyButtonClicked);
     connect(NetworkManager::instance(), &NetworkManager::gotBuyLink, this, &AccountWindow::goBuyLink);
+    connect(NetworkManager::instance(), &NetworkManager::buyLinkFailed, this, &AccountWindow::onBuyLinkFailed);
     retranslate();
 }
 
@@ -149,4 +151,12 @@ void AccountWindow::goBuyLink(QString url)
         QDesktopServices::openUrl(QUrl(url));
     m_btRenew->setEnabled(true);
     m_btBuy->setEnabled(true);
+}
+
+void AccountWindow::onBuyLinkFailed(NetworkManager::ApiError error)
+{
+    m_btRenew->setEnabled(true);
+    m_btBuy->setEnabled(true);
+    if (isVisible() && error == NetworkManager::UnverifiedService)
+        CustomMessageBox::critical(this, QStringLiteral("Tavrin"), CustomMessageBox::unverifiedServiceText());
 }

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include "NetworkManager.h"
+
 class QLabel;
 class QPushButton;
 
@@ -31,6 +33,7 @@ public slots:
     void onBuyButtonClicked();
     void onRenewButtonClicked();
     void goBuyLink(QString url);
+    void onBuyLinkFailed(NetworkManager::ApiError error);
 
 protected:
     void changeEvent(QEvent* event) override;

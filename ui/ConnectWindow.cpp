@@ -366,12 +366,12 @@ void ConnectWindow::onAsyncFinished()
             doConnect();
         } else {
             setState(Idle);
-            killStunnelIfStealth();
+            removeConnectionLeftovers();
             setUiState(Idle);
         }
         break;
     case Ending:
-        killStunnelIfStealth();
+        removeConnectionLeftovers();
         ui.btnConnect->setEnabled(true);
         setState(Idle);
         break;
@@ -385,10 +385,12 @@ void ConnectWindow::doRestoreDNS(bool)
     onAsyncFinished();
 }
 
-void ConnectWindow::killStunnelIfStealth()
+void ConnectWindow::removeConnectionLeftovers()
 {
     if (useStealth())
         m_stunnel->killProcess();
+    // The daemon runs OpenVPN from a copy of its own: the file with the private key goes now.
+    m_makeOvpn.discard();
 }
 
 void ConnectWindow::onConnected()
@@ -452,7 +454,7 @@ void ConnectWindow::onConnectionError(QString message)
         m_host->onShow();
         CustomMessageBox::information(this, ProductTitle, message);
     }
-    killStunnelIfStealth();
+    removeConnectionLeftovers();
     setState(Idle);
     setUiState(Idle);
 }
@@ -759,11 +761,12 @@ void ConnectWindow::goBuyLink(QString url)
     ui.btRenew->setEnabled(true);
 }
 
-void ConnectWindow::doUpdateClient(QString path)
+bool ConnectWindow::doUpdateClient(QString path)
 {
     qDebug() << "doUpdateClient" << path;
-    if (path.isEmpty())
+    if (path.isEmpty()) {
         CustomMessageBox::information(this, ProductTitle, tr("Name of update file is empty."));
-    else
-        m_connection.updateInstall(path);
+        return false;
+    }
+    return m_connection.updateInstall(path);
 }

@@ -110,7 +110,8 @@ public slots:
     void doUpdateSubscriptionInfo();
     void onRenewButtonClicked();
     void goBuyLink(QString url);
-    void doUpdateClient(QString path);
+    // Whether the helper daemon took the package; it refuses one that is not a newer signed release.
+    bool doUpdateClient(QString path);
     void onMyIpUpdated(bool, QString, QString) { }
 
 protected:
@@ -127,7 +128,7 @@ private:
     void showRates();
     void clearSelection();
     void showLocation(const ServerInfo& server);
-    void killStunnelIfStealth();
+    void removeConnectionLeftovers();
 
     ConnectWindowForm ui;
     qint32 m_state = Idle;

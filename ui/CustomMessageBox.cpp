@@ -54,6 +54,11 @@ QMessageBox::StandardButton CustomMessageBox::critical(QWidget* parent, const QS
     return show(Kind::Critical, parent, title, text, QMessageBox::Ok, QMessageBox::Ok);
 }
 
+QString CustomMessageBox::unverifiedServiceText()
+{
+    return tr("The identity of the Velmora service could not be verified, so nothing was sent to it.");
+}
+
 std::unique_ptr<QMessageBox> CustomMessageBox::create(Kind kind,
                                                       QWidget* parent,
                                                       const QString& title,

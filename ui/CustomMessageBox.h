@@ -31,6 +31,8 @@ public:
                                                 QMessageBox::StandardButton defaultButton = QMessageBox::NoButton);
     static QMessageBox::StandardButton information(QWidget* parent, const QString& title, const QString& text);
     static QMessageBox::StandardButton critical(QWidget* parent, const QString& title, const QString& text);
+    // What the pages say when a request was refused because the service's certificate did not verify.
+    static QString unverifiedServiceText();
 
     // The styled box, not yet shown. An empty title becomes the product name.
     static std::unique_ptr<QMessageBox> create(Kind kind,

@@ -298,6 +298,8 @@ void MainWindow::onAuthRequest(NetworkManager::ApiError errorCode, QString error
                                        QStringLiteral("Tavrin"),
                                        internet ? tr("Application has no access to Velmora")
                                                 : tr("Application has no access to network."));
+        } else if (errorCode == NetworkManager::UnverifiedService) {
+            CustomMessageBox::critical(this, QStringLiteral("Tavrin"), CustomMessageBox::unverifiedServiceText());
         }
         break;
     }
@@ -692,9 +694,13 @@ void MainWindow::onCancelDownloadNewUpdate()
 
 void MainWindow::onFailDownloadNewUpdate()
 {
+    const bool unverified = m_updater && m_updater->downloadUnverified();
     restoreTrayStatus();
     onCancelDownloadNewUpdate();
-    CustomMessageBox::critical(this, QStringLiteral("Tavrin"), tr("Error during downloading update."));
+    CustomMessageBox::critical(this,
+                               QStringLiteral("Tavrin"),
+                               unverified ? CustomMessageBox::unverifiedServiceText()
+                                          : tr("Error during downloading update."));
 }
 
 void MainWindow::onFailInstallNewUpdate()
@@ -706,7 +712,11 @@ void MainWindow::onFailInstallNewUpdate()
 
 void MainWindow::onDownloadNewUpdateComplited(QString updatePathName)
 {
-    m_connectWindow->doUpdateClient(updatePathName);
+    // Refused, the installed version keeps running.
+    if (!m_connectWindow->doUpdateClient(updatePathName)) {
+        onFailInstallNewUpdate();
+        return;
+    }
     if (m_progressDlg) {
         m_progressDlg->hide();
         m_progressDlg.reset();

@@ -414,7 +414,7 @@ void ServerListWindow::selServer(QModelIndex index)
         return;
     if (index.sibling(index.row(), 0).data(AbstractServerModel::SectionHeaderRole).toBool())
         return;
-    qDebug() << "ServerListWindow::selServer" << QString(m_currentServer);
+    qDebug() << "ServerListWindow::selServer" << m_currentServer.description();
     emit serverSelected(ServerIdentif(m_currentServer.user, m_currentServer.name));
 }
 

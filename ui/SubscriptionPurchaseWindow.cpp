@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 #include <QVariant>
 
+#include "CustomMessageBox.h"
 #include "NetworkManager.h"
 #include "WidgetStyle.h"
 
@@ -59,6 +60,8 @@ SubscriptionPurchaseWindow::SubscriptionPurchaseWindow(QWidget* parent)
     connect(m_btBuy, &QPushButton::clicked, this, &SubscriptionPurchaseWindow::onBuyButtonClicked);
     connect(m_pbLogOut, &QPushButton::clicked, this, &SubscriptionPurchaseWindow::returnToSignUp);
     connect(NetworkManager::instance(), &NetworkManager::gotBuyLink, this, &SubscriptionPurchaseWindow::goBuyLink);
+    connect(
+        NetworkManager::instance(), &NetworkManager::buyLinkFailed, this, &SubscriptionPurchaseWindow::onBuyLinkFailed);
     retranslate();
 }
 
@@ -92,4 +95,11 @@ void SubscriptionPurchaseWindow::goBuyLink(QString url)
         emit buyLinkActivated();
     }
     m_btBuy->setEnabled(true);
+}
+
+void SubscriptionPurchaseWindow::onBuyLinkFailed(NetworkManager::ApiError error)
+{
+    m_btBuy->setEnabled(true);
+    if (isVisible() && error == NetworkManager::UnverifiedService)
+        CustomMessageBox::critical(this, QStringLiteral("Tavrin"), CustomMessageBox::unverifiedServiceText());
 }

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include "NetworkManager.h"
+
 class QLabel;
 class QPushButton;
 
@@ -23,6 +25,7 @@ signals:
 public slots:
     void onBuyButtonClicked();
     void goBuyLink(QString url);
+    void onBuyLinkFailed(NetworkManager::ApiError error);
 
 protected:
     void changeEvent(QEvent* event) override;

@@ -1,10 +1,13 @@
 #include "DownloadConfig.h"
 
+#include <QDebug>
 #include <QEventLoop>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QScopedPointer>
+
+#include "ServiceTls.h"
 
 DownloadConfig::DownloadConfig(QString link, QObject* parent)
     : QThread(parent)
@@ -16,7 +19,13 @@ void DownloadConfig::run()
     QNetworkAccessManager manager;
     QEventLoop loop;
     connect(&manager, &QNetworkAccessManager::finished, &loop, &QEventLoop::quit);
-    QScopedPointer<QNetworkReply> reply(manager.get(QNetworkRequest(QUrl(url))));
+    connect(&manager, &QNetworkAccessManager::sslErrors, [](QNetworkReply* failed, const QList<QSslError>& errors) {
+        qWarning().noquote() << QStringLiteral("The certificate of %1 did not verify: %2")
+                                    .arg(failed->url().host(), ServiceTls::describe(errors));
+    });
+    QNetworkRequest request {QUrl(url)};
+    request.setSslConfiguration(ServiceTls::configuration());
+    QScopedPointer<QNetworkReply> reply(manager.get(request));
     loop.exec();
     if (reply->error() != QNetworkReply::NoError) {
         success = false;

@@ -3,7 +3,8 @@
 #include <QDebug>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
-#include <QSslConfiguration>
+
+#include "ServiceTls.h"
 
 DownloadFile::DownloadFile(const QString& link, QObject* parent)
     : QObject(parent)
@@ -27,16 +28,15 @@ void DownloadFile::start(const QString& name)
     tempDir.setAutoRemove(false);
     file.setFileName(QStringLiteral("%1/%2").arg(tempDir.path(), name));
     qDebug() << "Updater file path:" << file.fileName();
-    if (!file.open(QIODevice::Append)) {
+    // Owner-only whatever the umask: the helper daemon installs only a file nobody else can write.
+    if (!file.open(QIODevice::Append) || !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
         emit finished(false);
         return;
     }
     QNetworkRequest request {QUrl(url)};
-    QSslConfiguration tls = request.sslConfiguration();
-    tls.setPeerVerifyMode(QSslSocket::VerifyNone);
-    tls.setProtocol(QSsl::SecureProtocols);
-    request.setSslConfiguration(tls);
+    request.setSslConfiguration(ServiceTls::configuration());
     reply = manager->get(request);
+    connect(reply, &QNetworkReply::sslErrors, this, &DownloadFile::onSslErrors);
     connect(reply, &QNetworkReply::downloadProgress, this, &DownloadFile::onDownloadProgress);
     connect(reply, &QNetworkReply::errorOccurred, this, &DownloadFile::onError);
     connect(reply, &QNetworkReply::finished, this, &DownloadFile::onFinished);
@@ -59,6 +59,14 @@ void DownloadFile::onError(QNetworkReply::NetworkError code)
 {
     // Reported by onFinished.
     Q_UNUSED(code)
+}
+
+void DownloadFile::onSslErrors(const QList<QSslError>& errors)
+{
+    // Nothing ignores them, so the handshake fails and onFinished reports the failure.
+    m_tlsErrors = ServiceTls::describe(errors);
+    qWarning().noquote()
+        << QStringLiteral("The certificate of %1 did not verify: %2").arg(QUrl(url).host(), m_tlsErrors);
 }
 
 void DownloadFile::onDownloadProgress(qint64 bytesReceived, qint64 bytesTotal)

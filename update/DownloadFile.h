@@ -4,6 +4,7 @@
 #include <QNetworkReply>
 #include <QObject>
 #include <QSharedPointer>
+#include <QSslError>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -22,6 +23,8 @@ public:
     // Saves the download as `name` in the temporary directory.
     void start(const QString& name);
     QString getFilePath();
+    // The server's certificate did not verify, so nothing was asked of it nor written.
+    bool isUnverified() const { return !m_tlsErrors.isEmpty(); }
 
 signals:
     // A fraction from 0 to 1; negative while the total is unknown.
@@ -34,6 +37,7 @@ public slots:
     void onError(QNetworkReply::NetworkError code);
     void onDownloadProgress(qint64 bytesReceived, qint64 bytesTotal);
     void onReadyRead();
+    void onSslErrors(const QList<QSslError>& errors);
 
 private:
     QString url;
@@ -41,4 +45,5 @@ private:
     QFile file;
     QNetworkReply* reply = nullptr;
     QTemporaryDir tempDir;
+    QString m_tlsErrors;
 };

@@ -25,6 +25,11 @@ QString SoftwareUpdater::getRemoteVersion()
     return m_newVersion;
 }
 
+bool SoftwareUpdater::downloadUnverified() const
+{
+    return m_download && m_download->isUnverified();
+}
+
 void SoftwareUpdater::check()
 {
     m_link.clear();

@@ -18,6 +18,8 @@ public:
     // "3.6.9" gives 306009; a version without a dot is taken as it is, unscaled.
     static int versionToNumber(const QString& text);
     QString getRemoteVersion();
+    // The last download failed because the server's certificate did not verify.
+    bool downloadUnverified() const;
 
 signals:
     void newUpdate();

@@ -160,6 +160,7 @@ int main(int argc, char** argv)
         return 1;
     }
     qputenv("TAVRIN_API_URL", service.baseUrl().toUtf8());
+    qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
 
     Column transfer, signIn, handler, save, saveToDisk, readFile, load;
     int answerBytes = 0;

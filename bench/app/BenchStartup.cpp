@@ -126,6 +126,7 @@ int main(int argc, char** argv)
     }
     service.setFixture(largeFixture(locations));
     qputenv("TAVRIN_API_URL", service.baseUrl().toUtf8());
+    qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
     qputenv("TAVRIN_SITE_URL", service.baseUrl().toUtf8());
     qputenv("TAVRIN_PROBE_URL", "http://127.0.0.1:1/");
     FakeHelperDaemon daemon;

@@ -19,4 +19,6 @@ public:
     QString resolverScript; // the script OpenVPN really runs for the fixed --up/--down name
     QString systemdRunDir; // exists while systemd is the init system
     QString dpkgRoot; // where dpkg installs updates; empty for the machine itself
+    QString debsigPolicies; // debsig-verify's policies, one directory per signing key
+    QString debsigKeyrings; // debsig-verify's keyrings, named as the policies
 };

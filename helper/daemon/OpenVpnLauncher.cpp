@@ -47,6 +47,7 @@ struct OpenVpnLauncher::Run
 {
     QString resolverScript;
     QString record; // pid and start time, for a daemon that starts again after a crash
+    QString config; // the private copy, which holds the private key
     pid_t pid = -1;
     int pidfd = -1;
     int output = -1;
@@ -145,6 +146,7 @@ void watch(const std::shared_ptr<OpenVpnLauncher::Run>& run, TunnelOwner& owner)
     // Killed, OpenVPN runs no down script: its DNS servers would stay in force without it.
     restoreResolver(run->resolverScript);
     QFile::remove(run->record);
+    QFile::remove(run->config);
     QString error;
     if (!Nft::run(ManagementGuard::removeScript(), error))
         qWarning().noquote() << "openvpn: cannot lift the management port's reservation:" << error;
@@ -399,6 +401,7 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString&
     }
     run->resolverScript = m_resolverScript;
     run->record = recordFile();
+    run->config = copy;
     QSaveFile record(run->record);
     if (!record.open(QIODevice::WriteOnly)
         || record.write(QByteArray::number(run->pid) + ' ' + startTime(run->pid) + '\n') < 0 || !record.commit())

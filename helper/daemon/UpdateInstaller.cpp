@@ -6,6 +6,7 @@
 
 #include <QDebug>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -14,8 +15,8 @@
 namespace {
 // Our packages are a few MiB; anything far larger is refused by its size before a byte is copied.
 constexpr qint64 MaxPackageSize = qint64(256) << 20;
-// The client gives up on an answer after five seconds.
-constexpr int SystemdRunTimeoutMs = 4000;
+// The client gives up on an answer after five seconds: the checks and systemd-run share this.
+constexpr int AnswerWithinMs = 4000;
 const QString UnitName = QStringLiteral("tavrin-helperd-update");
 
 // Runs the command given after the package copy, then removes the copy; the journal gets dpkg's
@@ -29,6 +30,7 @@ UpdateInstaller::UpdateInstaller(const HelperPaths& paths)
     : m_stateDir(paths.stateDir)
     , m_systemdRunDir(paths.systemdRunDir)
     , m_dpkgRoot(paths.dpkgRoot)
+    , m_check(paths)
 { }
 
 QStringList UpdateInstaller::dpkgCommand(const QString& package) const
@@ -43,7 +45,7 @@ QStringList UpdateInstaller::dpkgCommand(const QString& package) const
     return command;
 }
 
-bool UpdateInstaller::startUnderSystemd(const QStringList& command)
+bool UpdateInstaller::startUnderSystemd(const QStringList& command, const QDeadlineTimer& deadline)
 {
     QProcess run;
     run.setProcessChannelMode(QProcess::SeparateChannels);
@@ -56,13 +58,13 @@ bool UpdateInstaller::startUnderSystemd(const QStringList& command)
                            QStringLiteral("--no-ask-password"),
                            QStringLiteral("--")}
                   + command);
-    if (!run.waitForStarted(SystemdRunTimeoutMs)) {
+    if (!run.waitForStarted(int(deadline.remainingTime()))) {
         m_error = QStringLiteral("systemd-run cannot be started");
         return false;
     }
-    if (!run.waitForFinished(SystemdRunTimeoutMs)) {
+    if (!run.waitForFinished(int(deadline.remainingTime()))) {
         run.kill();
-        run.waitForFinished(SystemdRunTimeoutMs);
+        run.waitForFinished(1000);
         m_error = QStringLiteral("systemd-run did not answer in time");
         return false;
     }
@@ -77,6 +79,7 @@ bool UpdateInstaller::startUnderSystemd(const QStringList& command)
 bool UpdateInstaller::install(const QString& path, qint64 callerUid)
 {
     m_error.clear();
+    const QDeadlineTimer deadline(AnswerWithinMs);
     const QStringList parts = path.split(QLatin1Char('/'));
     if (!path.startsWith(QLatin1Char('/')) || !path.endsWith(QLatin1String(".deb"))
         || parts.contains(QStringLiteral("..")) || path.contains(QLatin1Char('\n'))) {
@@ -97,19 +100,30 @@ bool UpdateInstaller::install(const QString& path, qint64 callerUid)
         m_error = source.error();
         return false;
     }
-    QFile check(copy);
-    if (!check.open(QIODevice::ReadOnly) || check.read(21) != "!<arch>\ndebian-binary") {
+    QElapsedTimer checking;
+    checking.start();
+    // debsig-verify's scratch files: gone afterwards even when it had to be killed.
+    const QString scratch = dir + QStringLiteral("/verify");
+    QDir(scratch).removeRecursively();
+    if (!HelperPaths::makePrivateDir(scratch)) {
         QFile::remove(copy);
-        m_error = QStringLiteral("%1 is not a Debian package").arg(path);
+        m_error = QStringLiteral("cannot create %1").arg(scratch);
         return false;
     }
-    check.close();
+    const bool accepted = m_check.accepts(copy, scratch, deadline);
+    QDir(scratch).removeRecursively();
+    if (!accepted) {
+        QFile::remove(copy);
+        m_error = m_check.error();
+        return false;
+    }
+    const qint64 checkedMs = checking.elapsed();
 
     QStringList command = dpkgCommand(copy);
     const bool underSystemd = QFileInfo(m_systemdRunDir).isDir();
     bool started;
     if (underSystemd) {
-        started = startUnderSystemd(command);
+        started = startUnderSystemd(command, deadline);
     } else {
         // dpkg may replace the client, which waits for nothing.
         const QString program = command.takeFirst();
@@ -121,8 +135,9 @@ bool UpdateInstaller::install(const QString& path, qint64 callerUid)
         QFile::remove(copy);
         return false;
     }
-    qInfo().noquote() << "update: dpkg started"
-                      << (underSystemd ? QStringLiteral("as unit %1").arg(UnitName) : QStringLiteral("detached"))
-                      << (m_dpkgRoot.isEmpty() ? QString() : QStringLiteral("in root %1").arg(m_dpkgRoot));
+    qInfo().noquote()
+        << QStringLiteral("update: %1 (checked in %2 ms); dpkg started").arg(m_check.summary()).arg(checkedMs)
+        << (underSystemd ? QStringLiteral("as unit %1").arg(UnitName) : QStringLiteral("detached"))
+        << (m_dpkgRoot.isEmpty() ? QString() : QStringLiteral("in root %1").arg(m_dpkgRoot));
     return true;
 }

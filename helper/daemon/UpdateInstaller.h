@@ -1,12 +1,15 @@
 #pragma once
 
 #include "HelperPaths.h"
+#include "PackageCheck.h"
 
+#include <QDeadlineTimer>
 #include <QString>
 #include <QStringList>
 
 // Installs an update package with dpkg in the background. The package is copied to the state
-// directory first, so what dpkg installs is what was checked.
+// directory first, and only that copy is checked (PackageCheck: the vendor's signature, this
+// product, a newer version) and installed, so what dpkg installs is what was checked.
 //
 // The package's postinst restarts this daemon. Under systemd, stopping the daemon's unit kills
 // every process in its control group, so dpkg runs as a transient unit of its own there
@@ -21,10 +24,11 @@ public:
 
 private:
     QStringList dpkgCommand(const QString& package) const;
-    bool startUnderSystemd(const QStringList& command);
+    bool startUnderSystemd(const QStringList& command, const QDeadlineTimer& deadline);
 
     QString m_stateDir;
     QString m_systemdRunDir;
     QString m_dpkgRoot;
+    PackageCheck m_check;
     QString m_error;
 };

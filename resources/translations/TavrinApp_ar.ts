@@ -4,7 +4,7 @@
 <context>
     <name>AccountWindow</name>
     <message>
-        <location filename="../../ui/AccountWindow.cpp" line="+103"/>
+        <location filename="../../ui/AccountWindow.cpp" line="+94"/>
         <source>Account</source>
         <translation>الحساب</translation>
     </message>
@@ -47,12 +47,13 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+197"/>
         <source>Connected</source>
         <translation>متصل</translation>
     </message>
     <message>
-        <location line="+2"/>
+        <location line="-1"/>
+        <location line="+4"/>
         <source>Show connection</source>
         <translation>عرض الاتصال</translation>
     </message>
@@ -87,7 +88,7 @@
         <translation>%1 م.بايت/ث</translation>
     </message>
     <message>
-        <location line="+76"/>
+        <location line="+84"/>
         <source>Error of loading of the config.</source>
         <translation>خطأ في تحميل الإعدادات.</translation>
     </message>
@@ -102,7 +103,7 @@
         <translation>خطأ في تحميل المفتاح.</translation>
     </message>
     <message>
-        <location line="+90"/>
+        <location line="+92"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>تغيير المنطقة الزمنية غير مدعوم على نظامك.</translation>
     </message>
@@ -150,7 +151,12 @@
 <context>
     <name>CustomMessageBox</name>
     <message>
-        <location filename="../../ui/CustomMessageBox.cpp" line="+78"/>
+        <location filename="../../ui/CustomMessageBox.cpp" line="+59"/>
+        <source>The identity of the Velmora service could not be verified, so nothing was sent to it.</source>
+        <translation>تعذّر التحقق من هوية خدمة Velmora، لذلك لم يُرسَل إليها أي شيء.</translation>
+    </message>
+    <message>
+        <location line="+24"/>
         <source>Yes</source>
         <translation>نعم</translation>
     </message>
@@ -186,7 +192,7 @@
 <context>
     <name>LoginWindow</name>
     <message>
-        <location filename="../../ui/LoginWindow.cpp" line="+69"/>
+        <location filename="../../ui/LoginWindow.cpp" line="+66"/>
         <source>Sign in to your Velmora account</source>
         <translation>سجّل الدخول إلى حساب Velmora</translation>
     </message>
@@ -234,7 +240,7 @@
         <translation>لا يستطيع التطبيق الوصول إلى الشبكة.</translation>
     </message>
     <message>
-        <location line="+142"/>
+        <location line="+144"/>
         <location line="+28"/>
         <source>VPN connection is active. 
 Disconnect and logout?</source>
@@ -263,7 +269,7 @@ Disconnect and logout?</source>
         <translation>يتوفر تحديث جديد. هل تريد تنزيله؟</translation>
     </message>
     <message>
-        <location line="+45"/>
+        <location line="+49"/>
         <source>Error during downloading update.</source>
         <translation>حدث خطأ أثناء تنزيل التحديث.</translation>
     </message>
@@ -273,7 +279,7 @@ Disconnect and logout?</source>
         <translation>حدث خطأ أثناء تثبيت التحديث.</translation>
     </message>
     <message>
-        <location line="+17"/>
+        <location line="+21"/>
         <source>Your version is outdated. Please, download new Tavrin app on </source>
         <translation>إصدارك قديم. يرجى تنزيل تطبيق Tavrin الجديد من </translation>
     </message>
@@ -318,7 +324,7 @@ Disconnect and logout?</source>
 <context>
     <name>SelectionAccountWindow</name>
     <message>
-        <location filename="../../ui/SelectionAccountWindow.cpp" line="+48"/>
+        <location filename="../../ui/SelectionAccountWindow.cpp" line="+45"/>
         <source>Select VPN login to connect</source>
         <translation>اختر حساب VPN للاتصال</translation>
     </message>
@@ -331,7 +337,7 @@ Disconnect and logout?</source>
 <context>
     <name>ServerListWindow</name>
     <message>
-        <location filename="../../ui/ServerListWindow.cpp" line="+161"/>
+        <location filename="../../ui/ServerListWindow.cpp" line="+149"/>
         <source>Locations</source>
         <translation>المواقع</translation>
     </message>
@@ -364,7 +370,7 @@ Disconnect and logout?</source>
 <context>
     <name>SettingsWindow</name>
     <message>
-        <location filename="../../ui/SettingsWindow.cpp" line="+188"/>
+        <location filename="../../ui/SettingsWindow.cpp" line="+176"/>
         <source>Settings</source>
         <translation>الإعدادات</translation>
     </message>
@@ -435,7 +441,7 @@ Disconnect and logout?</source>
 <context>
     <name>SubscriptionPurchaseWindow</name>
     <message>
-        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+76"/>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+69"/>
         <source>Account</source>
         <translation>الحساب</translation>
     </message>
@@ -514,7 +520,7 @@ Disconnect and logout?</source>
 <context>
     <name>VpnProtocol</name>
     <message>
-        <location filename="../../ui/SettingsWindow.cpp" line="-146"/>
+        <location filename="../../ui/SettingsWindow.cpp" line="-134"/>
         <source>OpenVPN TCP (safer)</source>
         <translation>OpenVPN TCP (أكثر أمانًا)</translation>
     </message>

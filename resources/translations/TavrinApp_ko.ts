@@ -4,7 +4,7 @@
 <context>
     <name>AccountWindow</name>
     <message>
-        <location filename="../../ui/AccountWindow.cpp" line="+103"/>
+        <location filename="../../ui/AccountWindow.cpp" line="+94"/>
         <source>Account</source>
         <translation>계정</translation>
     </message>
@@ -47,12 +47,13 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+195"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+197"/>
         <source>Connected</source>
         <translation>연결됨</translation>
     </message>
     <message>
-        <location line="+2"/>
+        <location line="-1"/>
+        <location line="+4"/>
         <source>Show connection</source>
         <translation>연결 보기</translation>
     </message>
@@ -87,7 +88,7 @@
         <translation>%1 MB/s</translation>
     </message>
     <message>
-        <location line="+76"/>
+        <location line="+84"/>
         <source>Error of loading of the config.</source>
         <translation>구성을 불러오는 중 오류가 발생했습니다.</translation>
     </message>
@@ -102,7 +103,7 @@
         <translation>키를 불러오는 중 오류가 발생했습니다.</translation>
     </message>
     <message>
-        <location line="+90"/>
+        <location line="+92"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>시스템에서 시간대 변경을 지원하지 않습니다.</translation>
     </message>
@@ -150,7 +151,12 @@
 <context>
     <name>CustomMessageBox</name>
     <message>
-        <location filename="../../ui/CustomMessageBox.cpp" line="+78"/>
+        <location filename="../../ui/CustomMessageBox.cpp" line="+59"/>
+        <source>The identity of the Velmora service could not be verified, so nothing was sent to it.</source>
+        <translation>Velmora 서비스의 신원을 확인할 수 없어 아무것도 보내지 않았습니다.</translation>
+    </message>
+    <message>
+        <location line="+24"/>
         <source>Yes</source>
         <translation>예</translation>
     </message>
@@ -186,7 +192,7 @@
 <context>
     <name>LoginWindow</name>
     <message>
-        <location filename="../../ui/LoginWindow.cpp" line="+69"/>
+        <location filename="../../ui/LoginWindow.cpp" line="+66"/>
         <source>Sign in to your Velmora account</source>
         <translation>Velmora 계정에 로그인하세요</translation>
     </message>
@@ -234,7 +240,7 @@
         <translation>애플리케이션이 네트워크에 접속할 수 없습니다.</translation>
     </message>
     <message>
-        <location line="+142"/>
+        <location line="+144"/>
         <location line="+28"/>
         <source>VPN connection is active. 
 Disconnect and logout?</source>
@@ -263,7 +269,7 @@ Disconnect and logout?</source>
         <translation>새 업데이트가 있습니다. 다운로드할까요?</translation>
     </message>
     <message>
-        <location line="+45"/>
+        <location line="+49"/>
         <source>Error during downloading update.</source>
         <translation>업데이트를 다운로드하는 중 오류가 발생했습니다.</translation>
     </message>
@@ -273,7 +279,7 @@ Disconnect and logout?</source>
         <translation>업데이트를 설치하는 중 오류가 발생했습니다.</translation>
     </message>
     <message>
-        <location line="+17"/>
+        <location line="+21"/>
         <source>Your version is outdated. Please, download new Tavrin app on </source>
         <translation>사용 중인 버전이 오래되었습니다. 새 Tavrin 앱을 다운로드하세요: </translation>
     </message>
@@ -318,7 +324,7 @@ Disconnect and logout?</source>
 <context>
     <name>SelectionAccountWindow</name>
     <message>
-        <location filename="../../ui/SelectionAccountWindow.cpp" line="+48"/>
+        <location filename="../../ui/SelectionAccountWindow.cpp" line="+45"/>
         <source>Select VPN login to connect</source>
         <translation>연결할 VPN 로그인을 선택하세요</translation>
     </message>
@@ -331,7 +337,7 @@ Disconnect and logout?</source>
 <context>
     <name>ServerListWindow</name>
     <message>
-        <location filename="../../ui/ServerListWindow.cpp" line="+161"/>
+        <location filename="../../ui/ServerListWindow.cpp" line="+149"/>
         <source>Locations</source>
         <translation>위치</translation>
     </message>
@@ -364,7 +370,7 @@ Disconnect and logout?</source>
 <context>
     <name>SettingsWindow</name>
     <message>
-        <location filename="../../ui/SettingsWindow.cpp" line="+188"/>
+        <location filename="../../ui/SettingsWindow.cpp" line="+176"/>
         <source>Settings</source>
         <translation>설정</translation>
     </message>
@@ -435,7 +441,7 @@ Disconnect and logout?</source>
 <context>
     <name>SubscriptionPurchaseWindow</name>
     <message>
-        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+76"/>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+69"/>
         <source>Account</source>
         <translation>계정</translation>
     </message>
@@ -514,7 +520,7 @@ Disconnect and logout?</source>
 <context>
     <name>VpnProtocol</name>
     <message>
-        <location filename="../../ui/SettingsWindow.cpp" line="-146"/>
+        <location filename="../../ui/SettingsWindow.cpp" line="-134"/>
         <source>OpenVPN TCP (safer)</source>
         <translation>OpenVPN TCP (더 안전)</translation>
     </message>

@@ -3,6 +3,9 @@
 #include "ApiTestEnvironment.h"
 #include "FakeService.h"
 #include "GetManager.h"
+#include "ServiceTls.h"
+
+Q_DECLARE_METATYPE(FakeCertificates::Kind)
 
 // The request channel against the fake service over real HTTPS on loopback.
 class TestGetManager : public QObject
@@ -18,8 +21,60 @@ private slots:
     {
         QString error;
         QVERIFY2(m_service.start(0, &error), qPrintable(error));
+        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
     }
     void init() { m_service.reset(); }
+
+    // A refused certificate ends the handshake, so the request never reaches the service.
+    void verifiesTheService_data()
+    {
+        QTest::addColumn<FakeCertificates::Kind>("certificate");
+        QTest::addColumn<int>("error"); // QSslError::SslError; NoError when the service is trusted
+        QTest::newRow("unknown authority is refused")
+            << FakeCertificates::Kind::UnknownAuthority << int(QSslError::UnableToGetLocalIssuerCertificate);
+        QTest::newRow("another host's certificate is refused")
+            << FakeCertificates::Kind::OtherHost << int(QSslError::HostNameMismatch);
+        QTest::newRow("expired certificate is refused")
+            << FakeCertificates::Kind::Expired << int(QSslError::CertificateExpired);
+        QTest::newRow("the authority of TAVRIN_CA_FILE is trusted")
+            << FakeCertificates::Kind::Trusted << int(QSslError::NoError);
+    }
+    void verifiesTheService()
+    {
+        QFETCH(FakeCertificates::Kind, certificate);
+        QFETCH(int, error);
+        const bool refused = error != QSslError::NoError;
+        m_service.setCertificate(certificate);
+        GetManager channel(10000, nullptr);
+        QSignalSpy finished(&channel, &GetManager::finished);
+        if (refused)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^The certificate of 127.0.0.1 ")));
+        channel.getAsync(timeUrl(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 20000);
+        QCOMPARE(channel.success, !refused);
+        QCOMPARE(channel.unverified, refused);
+        QCOMPARE(m_service.requestCount(), refused ? 0 : 1);
+        // The log and the caller get the TLS error itself, not "SSL handshake failed".
+        const QString expected = QSslError(QSslError::SslError(error)).errorString();
+        QVERIFY2(!refused || channel.errorString.contains(expected), qPrintable(channel.errorString));
+    }
+
+    void readsExtraAuthorities_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("certificates");
+        QTest::newRow("the fake service's authority") << FakeService::caFile() << 1;
+        QTest::newRow("a missing file only warns") << QStringLiteral("/nonexistent/ca.pem") << 0;
+        QTest::newRow("a file without PEM only warns") << QStringLiteral("/dev/null") << 0;
+    }
+    void readsExtraAuthorities()
+    {
+        QFETCH(QString, file);
+        QFETCH(int, certificates);
+        if (certificates == 0)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QRegularExpression::escape(file)));
+        QCOMPARE(ServiceTls::readAuthorities(file).size(), certificates);
+    }
 
     void resendsFailedAttempts_data()
     {

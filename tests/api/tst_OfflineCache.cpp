@@ -58,6 +58,7 @@ private slots:
         QString error;
         QVERIFY2(m_service.start(0, &error), qPrintable(error));
         qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
     }
 
     void init()

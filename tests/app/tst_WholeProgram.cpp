@@ -284,6 +284,7 @@ void TestWholeProgram::startProgram()
     env.remove(QStringLiteral("QT_QPA_PLATFORMTHEME"));
     env.remove(QStringLiteral("XDG_CURRENT_DESKTOP"));
     env.insert(QStringLiteral("TAVRIN_API_URL"), m_service->baseUrl());
+    env.insert(QStringLiteral("TAVRIN_CA_FILE"), FakeService::caFile());
     env.insert(QStringLiteral("TAVRIN_SITE_URL"), m_service->baseUrl());
     env.insert(QStringLiteral("TAVRIN_PROBE_URL"), m_service->baseUrl() + QLatin1Char('/'));
     m_program.setProcessEnvironment(env);

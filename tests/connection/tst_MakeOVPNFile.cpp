@@ -86,6 +86,11 @@ private slots:
         QVERIFY(file.generateStunnel(server("udp")));
         QCOMPARE(file.configFileName, firstPath);
         QCOMPARE(readFile(file.configFileName), readData("expected-stealth.ovpn"));
+        // Discarded, the key is gone; the next connection writes a new file under a new name.
+        file.discard();
+        QVERIFY(!QFile::exists(firstPath));
+        QVERIFY(file.generate(server("udp")));
+        QVERIFY(file.configFileName != firstPath && QFile::exists(file.configFileName));
     }
 };
 

@@ -1,6 +1,8 @@
-// The update command: what the daemon refuses, how it starts dpkg with and without systemd, and
-// (as root) the real package installed through it into a throw-away root, whose maintainer
-// scripts run chrooted against stand-ins for systemctl, deb-systemd-helper and nft.
+// The update command through the real daemon, which installs with the real dpkg into a
+// throw-away root: only a package signed with the vendor's key (a throw-away one made here), named
+// tavrin, for this architecture and newer than the installed version gets there; dpkg runs outside
+// the daemon's unit under systemd and detached without it. As root, the real package's maintainer
+// scripts run chrooted in that root against stand-ins for systemctl, deb-systemd-helper and nft.
 
 #include "WireClient.h"
 
@@ -36,6 +38,21 @@ bool write(const QString& path, const QByteArray& data, QFileDevice::Permissions
     return QDir().mkpath(QFileInfo(path).path()) && WireClient::writeFile(path, data, mode);
 }
 
+// packaging/update-key.sh, with the gpg home it signs from.
+bool updateKey(const QStringList& arguments, QString* out = nullptr, const QString& gnupgHome = QString())
+{
+    int code = 0;
+    const QByteArray output = run(
+        QStringLiteral("env"),
+        QStringList {QStringLiteral("GNUPGHOME=") + gnupgHome, QStringLiteral(TAVRIN_UPDATE_KEY_SCRIPT)} + arguments,
+        &code);
+    if (out)
+        *out = QString::fromLatin1(output.trimmed());
+    return code == 0;
+}
+
+const QString Installed = QStringLiteral("3.6.9");
+
 } // namespace
 
 class tst_UpdateInstall : public QObject
@@ -45,9 +62,8 @@ class tst_UpdateInstall : public QObject
 private slots:
     void initTestCase();
     void cleanupTestCase();
-    void refusesBadPackages_data();
-    void refusesBadPackages();
-    void startsDpkgOutsideTheDaemonsUnit();
+    void installsOnlyANewerVendorPackage_data();
+    void installsOnlyANewerVendorPackage();
     void installsAndPurgesThePackageInARoot();
 
 private:
@@ -56,12 +72,23 @@ private:
     QStringList copies() const { return QDir(updateDir()).entryList(QDir::Files); }
     QString target(const QString& name = QString()) const { return path(QStringLiteral("target/")) + name; }
     void prepare(bool systemd);
+    // A fresh root whose dpkg database holds tavrin at version and the given other entries.
+    void resetTarget(const QString& version, const QByteArray& otherPackages = QByteArray());
+    QByteArray installed() const;
+    void makePackage(const QString& file,
+                     const QString& name,
+                     const QString& version,
+                     const QString& signer,
+                     const QString& architecture = QString());
     void prepareTarget(const QString& deb);
 
     QTemporaryDir m_dir;
     QProcess m_daemon;
     QByteArray m_log;
     quint16 m_port = WireClient::freePort();
+    QString m_architecture;
+    QString m_vendorKey;
+    QString m_otherKey;
 };
 
 void tst_UpdateInstall::initTestCase()
@@ -74,16 +101,56 @@ void tst_UpdateInstall::initTestCase()
                       .arg(m_dir.path())
                       .toUtf8(),
                   WireClient::Program));
+    // The real dpkg, but never for the machine's own root.
     QVERIFY(write(path(QStringLiteral("bin/dpkg")),
-                  QStringLiteral("#!/bin/sh\necho \"$*\" > %1/dpkg.args\n").arg(m_dir.path()).toUtf8(),
+                  QStringLiteral("#!/bin/sh\ncase \"$1\" in --root=%1|--print-architecture|--compare-versions)\n"
+                                 "exec /usr/bin/dpkg \"$@\";; esac\necho \"refused: dpkg $*\" >&2; exit 1\n")
+                      .arg(target())
+                      .toUtf8(),
                   WireClient::Program));
-    const QByteArray deb = "!<arch>\ndebian-binary   1342943816  0     0     100644  4\n";
-    QVERIFY(write(path(QStringLiteral("update.deb")), deb));
-    QVERIFY(write(path(QStringLiteral("fake.deb")), "#!/bin/sh\nrm -rf /\n"));
-    QVERIFY(write(path(QStringLiteral("open.deb")), deb, WireClient::Private | QFileDevice::WriteOther));
-    QVERIFY(write(path(QStringLiteral("foreign.deb")), deb));
-    QVERIFY(::chown(QFile::encodeName(path(QStringLiteral("foreign.deb"))).constData(), 65534, 65534) == 0
-            || getuid() != 0);
+    // The real debsig-verify, run while the caller swaps the file it named, as a racing attacker would.
+    QVERIFY(write(path(QStringLiteral("bin/debsig-verify")),
+                  QStringLiteral("#!/bin/sh\n[ -e %1/swap.deb ] && mv -f %1/swap.deb %1/packages/swapped.deb\n"
+                                 "exec /usr/bin/debsig-verify \"$@\"\n")
+                      .arg(m_dir.path())
+                      .toUtf8(),
+                  WireClient::Program));
+
+    m_architecture
+        = QString::fromLatin1(run(QStringLiteral("dpkg"), {QStringLiteral("--print-architecture")}).trimmed());
+    QVERIFY(updateKey({QStringLiteral("new"), path(QStringLiteral("vendor-key"))}, &m_vendorKey));
+    QVERIFY(updateKey({QStringLiteral("new"), path(QStringLiteral("other-key"))}, &m_otherKey));
+    QVERIFY(updateKey(
+        {QStringLiteral("trust"), path(QStringLiteral("vendor-key/public.gpg")), path(QStringLiteral("daemon"))}));
+
+    const QString newer = QStringLiteral("3.7.0");
+    makePackage(QStringLiteral("newer.deb"), QStringLiteral("tavrin"), newer, m_vendorKey);
+    makePackage(QStringLiteral("unsigned.deb"), QStringLiteral("tavrin"), newer, QString());
+    makePackage(QStringLiteral("other-key.deb"), QStringLiteral("tavrin"), newer, m_otherKey);
+    makePackage(QStringLiteral("other-name.deb"), QStringLiteral("openvpn"), newer, m_vendorKey);
+    makePackage(QStringLiteral("same-version.deb"), QStringLiteral("tavrin"), Installed, m_vendorKey);
+    makePackage(QStringLiteral("older.deb"), QStringLiteral("tavrin"), QStringLiteral("3.6.8"), m_vendorKey);
+    makePackage(QStringLiteral("other-arch.deb"),
+                QStringLiteral("tavrin"),
+                newer,
+                m_vendorKey,
+                m_architecture == QLatin1String("arm64") ? QStringLiteral("amd64") : QStringLiteral("arm64"));
+    if (QTest::currentTestFailed())
+        return;
+    const auto package = [this](const char* name) {
+        return path(QStringLiteral("packages/") + QLatin1String(name));
+    };
+    QByteArray changed = WireClient::readFile(package("newer.deb"));
+    const int data = changed.indexOf("data.tar");
+    QVERIFY(data > 0);
+    changed[data + 80] = char(changed.at(data + 80) ^ 1);
+    QVERIFY(write(package("changed.deb"), changed));
+    QVERIFY(QFile::link(package("newer.deb"), package("link.deb")));
+    QVERIFY(write(package("open.deb"),
+                  WireClient::readFile(package("newer.deb")),
+                  WireClient::Private | QFileDevice::WriteOther));
+    QVERIFY(write(package("foreign.deb"), WireClient::readFile(package("newer.deb"))));
+    QVERIFY(::chown(QFile::encodeName(package("foreign.deb")).constData(), 65534, 65534) == 0 || getuid() != 0);
 
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("PATH"), path(QStringLiteral("bin")) + QStringLiteral(":/usr/sbin:/usr/bin:/sbin:/bin"));
@@ -99,68 +166,166 @@ void tst_UpdateInstall::initTestCase()
 
 void tst_UpdateInstall::cleanupTestCase()
 {
+    for (const char* home : {"vendor-key", "other-key"}) {
+        run(QStringLiteral("env"),
+            {QStringLiteral("GNUPGHOME=") + path(QLatin1String(home)),
+             QStringLiteral("gpgconf"),
+             QStringLiteral("--kill"),
+             QStringLiteral("gpg-agent")});
+    }
     m_daemon.terminate();
     QVERIFY(m_daemon.waitForFinished(10000));
 }
 
 void tst_UpdateInstall::prepare(bool systemd)
 {
-    for (const char* file : {"dpkg.args", "systemd-run.args", "unit.log"})
+    for (const char* file : {"systemd-run.args", "unit.log"})
         QFile::remove(path(QLatin1String(file)));
     const QString dir = path(QStringLiteral("daemon/run/systemd/system"));
     QVERIFY(systemd ? QDir().mkpath(dir) : (!QFileInfo::exists(dir) || QDir(dir).removeRecursively()));
     m_log.clear();
 }
 
-void tst_UpdateInstall::refusesBadPackages_data()
+void tst_UpdateInstall::makePackage(const QString& file,
+                                    const QString& name,
+                                    const QString& version,
+                                    const QString& signer,
+                                    const QString& architecture)
 {
-    QTest::addColumn<QString>("package");
-    QTest::addColumn<QString>("error");
-
-    const QString notADeb = QStringLiteral("not an absolute path to a .deb file: \"%1\"");
-    QTest::newRow("path leaving its folder") << path(QStringLiteral("folder.deb/../update.deb")) << notADeb;
-    QTest::newRow(".deb that is no package")
-        << path(QStringLiteral("fake.deb")) << QStringLiteral("%1 is not a Debian package");
-    QTest::newRow("writable by others") << path(QStringLiteral("open.deb")) << QStringLiteral("%1: writable by others");
-    if (getuid() == 0) {
-        QTest::newRow("another user's file")
-            << path(QStringLiteral("foreign.deb")) << QStringLiteral("%1: owned by uid 65534, not by the caller (0)");
+    const QString tree = path(QStringLiteral("trees/") + file);
+    QVERIFY(write(tree + QStringLiteral("/DEBIAN/control"),
+                  QStringLiteral("Package: %1\nVersion: %2\nArchitecture: %3\nMaintainer: Tavrin tests "
+                                 "<tests@tavrin.invalid>\nDescription: stand-in update\n")
+                      .arg(name, version, architecture.isEmpty() ? m_architecture : architecture)
+                      .toUtf8(),
+                  WireClient::Program));
+    QVERIFY(write(tree + QStringLiteral("/usr/share/doc/tavrin-test/") + file, file.toUtf8(), WireClient::Program));
+    const QString deb = path(QStringLiteral("packages/") + file);
+    QVERIFY(QDir().mkpath(path(QStringLiteral("packages"))));
+    int code = 0;
+    const QByteArray built = run(
+        QStringLiteral("dpkg-deb"), {QStringLiteral("--root-owner-group"), QStringLiteral("-b"), tree, deb}, &code);
+    QVERIFY2(code == 0 && QFile::setPermissions(deb, WireClient::Private), built.constData());
+    if (!signer.isEmpty()) {
+        const QString home = path(signer == m_vendorKey ? QStringLiteral("vendor-key") : QStringLiteral("other-key"));
+        QVERIFY(updateKey({QStringLiteral("sign"), signer, deb}, nullptr, home));
     }
 }
 
-void tst_UpdateInstall::refusesBadPackages()
+void tst_UpdateInstall::resetTarget(const QString& version, const QByteArray& otherPackages)
 {
-    QFETCH(QString, package);
-    QFETCH(QString, error);
-    prepare(true);
-    QCOMPARE(WireClient::result(m_port, WireClient::update(package)), 0);
-    const QByteArray line
-        = QStringLiteral("updateInstall package \"%1\": %2 -> refused").arg(package, error.arg(package)).toUtf8();
-    QTRY_VERIFY2(m_log.contains(line), line.constData());
-    QVERIFY(copies().isEmpty());
-    QVERIFY(!QFile::exists(path(QStringLiteral("systemd-run.args"))));
-    QVERIFY(!QFile::exists(path(QStringLiteral("dpkg.args"))));
+    QVERIFY(!QFileInfo::exists(target()) || QDir(target()).removeRecursively());
+    QVERIFY(QDir().mkpath(target(QStringLiteral("var/lib/dpkg/updates"))));
+    QVERIFY(write(target(QStringLiteral("var/lib/dpkg/info/tavrin.list")), {}));
+    const QByteArray tavrin = "Package: tavrin\nStatus: install ok installed\nVersion: " + version.toLatin1()
+        + "\nArchitecture: " + m_architecture.toLatin1()
+        + "\nMaintainer: nobody <nobody@localhost>\nDescription: installed\n\n";
+    QVERIFY(write(target(QStringLiteral("var/lib/dpkg/status")), otherPackages + tavrin));
 }
 
-void tst_UpdateInstall::startsDpkgOutsideTheDaemonsUnit()
+QByteArray tst_UpdateInstall::installed() const
 {
+    return run(QStringLiteral("dpkg-query"),
+               {QStringLiteral("--admindir=") + target(QStringLiteral("var/lib/dpkg")),
+                QStringLiteral("-W"),
+                QStringLiteral("-f=${Status} ${Version}"),
+                QStringLiteral("tavrin")});
+}
+
+void tst_UpdateInstall::installsOnlyANewerVendorPackage_data()
+{
+    QTest::addColumn<QString>("package");
+    QTest::addColumn<QString>("swappedIn"); // put in the package's place while the daemon checks
+    QTest::addColumn<QString>("error"); // in the log line of the refusal; none: installed
+
+    const QString notSigned = QStringLiteral("not signed by the vendor (debsig-verify exit 10");
+    QTest::newRow("newer, signed by the vendor: installed") << "newer.deb" << QString() << QString();
+    QTest::newRow("unsigned") << "unsigned.deb" << QString() << notSigned;
+    QTest::newRow("signed by another key")
+        << "other-key.deb" << QString() << "not signed by the vendor (debsig-verify exit 11";
+    QTest::newRow("changed after signing")
+        << "changed.deb" << QString() << "not signed by the vendor (debsig-verify exit 13";
+    QTest::newRow("another package") << "other-name.deb" << QString() << "the package is \"openvpn\", not tavrin";
+    QTest::newRow("the same version") << "same-version.deb" << QString()
+                                      << "version 3.6.9 is not newer than the installed 3.6.9";
+    QTest::newRow("an older version") << "older.deb" << QString()
+                                      << "version 3.6.8 is not newer than the installed 3.6.9";
+    QTest::newRow("another architecture") << "other-arch.deb" << QString() << "the package is built for ";
+    QTest::newRow("a link") << "link.deb" << QString() << "missing or not a regular file";
+    QTest::newRow("swapped for a signed one after the request") << "swapped.deb"
+                                                                << "newer.deb" << notSigned;
+    QTest::newRow("writable by others") << "open.deb" << QString() << "writable by others";
+    QTest::newRow("path leaving its folder")
+        << "folder.deb/../newer.deb" << QString() << "not an absolute path to a .deb file";
+    if (getuid() == 0) {
+        QTest::newRow("another user's file")
+            << "foreign.deb" << QString() << "owned by uid 65534, not by the caller (0)";
+    }
+}
+
+void tst_UpdateInstall::installsOnlyANewerVendorPackage()
+{
+    QFETCH(QString, package);
+    QFETCH(QString, swappedIn);
+    QFETCH(QString, error);
+    resetTarget(Installed);
     prepare(true);
-    QCOMPARE(WireClient::result(m_port, WireClient::update(path(QStringLiteral("update.deb")))), 1);
-    QTRY_VERIFY2(m_log.contains("update: dpkg started as unit tavrin-helperd-update in root"), m_log.constData());
-    const QList<QByteArray> unit = WireClient::readFile(path(QStringLiteral("systemd-run.args"))).split('\n');
-    QVERIFY(unit.contains("--collect"));
-    QVERIFY(unit.contains("--unit=tavrin-helperd-update"));
+    const QString file = path(QStringLiteral("packages/") + package);
+    if (!swappedIn.isEmpty()) {
+        QVERIFY(write(file, WireClient::readFile(path(QStringLiteral("packages/unsigned.deb")))));
+        QVERIFY(write(path(QStringLiteral("swap.deb")),
+                      WireClient::readFile(path(QStringLiteral("packages/") + swappedIn))));
+    }
+
+    QCOMPARE(WireClient::result(m_port, WireClient::update(file)), error.isEmpty() ? 1 : 0);
+    if (!error.isEmpty()) {
+        const QByteArray request = QStringLiteral("updateInstall package \"%1\": ").arg(file).toUtf8();
+        QTRY_VERIFY2(m_log.contains(request), m_log.constData());
+        const int at = m_log.indexOf(request);
+        const QByteArray line = m_log.mid(at, m_log.indexOf('\n', at) - at);
+        QVERIFY2(line.contains(error.toUtf8()) && line.endsWith(" -> refused"), line.constData());
+        QVERIFY(copies().isEmpty());
+        QVERIFY(!QFile::exists(path(QStringLiteral("systemd-run.args"))));
+        QCOMPARE(installed(), QByteArray("install ok installed 3.6.9"));
+        return;
+    }
+    QTRY_VERIFY2(m_log.contains("update: tavrin 3.7.0 signed by the vendor, newer than 3.6.9 (checked in "),
+                 m_log.constData());
+    QVERIFY2(m_log.contains("dpkg started as unit tavrin-helperd-update in root"), m_log.constData());
+    const QByteArray unit = WireClient::readFile(path(QStringLiteral("systemd-run.args")));
+    QVERIFY(unit.contains("\n--collect\n") && unit.contains("--unit=tavrin-helperd-update\n"));
+    const QRegularExpression dpkg(
+        QStringLiteral("\ndpkg\n--root=%1\n--force-confdef\n--force-confold\n-i\n%2/update-[0-9a-f]{16}\\.deb\n$")
+            .arg(QRegularExpression::escape(target()), QRegularExpression::escape(updateDir())));
+    QVERIFY2(dpkg.match(QString::fromLocal8Bit(unit)).hasMatch(), unit.constData());
     // The copy goes once dpkg is done with it.
-    QTRY_VERIFY(copies().isEmpty());
-    const QRegularExpression expected(QRegularExpression::anchoredPattern(
-        QStringLiteral("--root=%1 --force-confdef --force-confold -i %2/update-[0-9a-f]{16}\\.deb")
-            .arg(QRegularExpression::escape(target()), QRegularExpression::escape(updateDir()))));
-    const QString args = QString::fromLocal8Bit(WireClient::readFile(path(QStringLiteral("dpkg.args"))).trimmed());
-    QVERIFY2(expected.match(args).hasMatch(), qPrintable(args));
+    QTRY_VERIFY_WITH_TIMEOUT(copies().isEmpty(), 30000);
+    if (getuid() != 0)
+        QSKIP("installing needs root: dpkg writes its database in the throw-away root as root");
+    QTRY_COMPARE_WITH_TIMEOUT(installed(), QByteArray("install ok installed 3.7.0"), 30000);
 }
 
 void tst_UpdateInstall::prepareTarget(const QString& deb)
 {
+    // A package database with an older tavrin and its dependencies at the host's versions.
+    QByteArray status;
+    QStringList dependencies;
+    const QByteArray depends = run(QStringLiteral("dpkg-deb"), {QStringLiteral("-f"), deb, QStringLiteral("Depends")});
+    for (const QByteArray& dependency : depends.split(',')) {
+        const QByteArray name = dependency.trimmed().split('|').first().trimmed().split(' ').first();
+        int code = 0;
+        const QByteArray version
+            = run(QStringLiteral("dpkg-query"),
+                  {QStringLiteral("-W"), QStringLiteral("-f=${Version}"), QString::fromLatin1(name)},
+                  &code);
+        QVERIFY2(code == 0, ("dependency " + name + " is not installed here").constData());
+        status += "Package: " + name + "\nStatus: install ok installed\nVersion: " + version
+            + "\nArchitecture: amd64\nMaintainer: nobody <nobody@localhost>\nDescription: stand-in\n\n";
+        dependencies << QString::fromLatin1(name);
+    }
+    resetTarget(QStringLiteral("3.6.8"), status);
+    for (const QString& name : dependencies)
+        QVERIFY(write(target(QStringLiteral("var/lib/dpkg/info/%1.list").arg(name)), {}));
     // What the maintainer scripts need: a shell, rm, and stand-ins that only record their calls.
     const QRegularExpression library(QStringLiteral("(/\\S+) \\(0x"));
     for (const QString& binary : {QStringLiteral("/bin/sh"), QStringLiteral("/bin/rm")}) {
@@ -173,7 +338,6 @@ void tst_UpdateInstall::prepareTarget(const QString& deb)
         }
     }
     QVERIFY(QDir().mkpath(target(QStringLiteral("dev"))));
-    QVERIFY(QDir().mkpath(target(QStringLiteral("var/lib/dpkg/updates"))));
     for (const char* stub : {"usr/bin/systemctl",
                              "usr/bin/deb-systemd-helper",
                              "usr/bin/deb-systemd-invoke",
@@ -184,22 +348,6 @@ void tst_UpdateInstall::prepareTarget(const QString& deb)
                       QStringLiteral("#!/bin/sh\necho \"%1 $*\" >> /stub-calls\n").arg(name).toUtf8(),
                       WireClient::Program));
     }
-    // An empty package database but for the dependencies, marked installed at the host's versions.
-    QByteArray status;
-    const QByteArray depends = run(QStringLiteral("dpkg-deb"), {QStringLiteral("-f"), deb, QStringLiteral("Depends")});
-    for (const QByteArray& dependency : depends.split(',')) {
-        const QByteArray name = dependency.trimmed().split('|').first().trimmed().split(' ').first();
-        int code = 0;
-        const QByteArray version
-            = run(QStringLiteral("dpkg-query"),
-                  {QStringLiteral("-W"), QStringLiteral("-f=${Version}"), QString::fromLatin1(name)},
-                  &code);
-        QVERIFY2(code == 0, ("dependency " + name + " is not installed here").constData());
-        status += "Package: " + name + "\nStatus: install ok installed\nVersion: " + version
-            + "\nArchitecture: amd64\nMaintainer: nobody <nobody@localhost>\nDescription: stand-in\n\n";
-        QVERIFY(write(target(QStringLiteral("var/lib/dpkg/info/%1.list").arg(QString::fromLatin1(name))), {}));
-    }
-    QVERIFY(write(target(QStringLiteral("var/lib/dpkg/status")), status));
 }
 
 void tst_UpdateInstall::installsAndPurgesThePackageInARoot()
@@ -212,19 +360,13 @@ void tst_UpdateInstall::installsAndPurgesThePackageInARoot()
     prepareTarget(deb);
     if (QTest::currentTestFailed())
         return;
-    // The real dpkg from here on, but never for the machine's own root.
-    QVERIFY(write(path(QStringLiteral("bin/dpkg")),
-                  QStringLiteral("#!/bin/sh\n[ \"$1\" = --root=%1 ] && exec /usr/bin/dpkg \"$@\"\n"
-                                 "echo \"refused: dpkg $*\" >&2; exit 1\n")
-                      .arg(target())
-                      .toUtf8(),
-                  WireClient::Program));
     // Installed by an older helper, dpkg runs in the helper's own unit: restarting the helper at
     // once would kill dpkg, so the restart waits for dpkg in a unit of its own.
     QVERIFY(write(target(QStringLiteral("proc/self/cgroup")), "0::/system.slice/tavrin-helperd.service\n"));
     QVERIFY(QDir().mkpath(target(QStringLiteral("run/systemd/system"))));
     const QString package = path(QStringLiteral("download/update.deb"));
     QVERIFY(QDir().mkpath(path(QStringLiteral("download"))) && QFile::copy(deb, package));
+    QVERIFY(updateKey({QStringLiteral("sign"), m_vendorKey, package}, nullptr, path(QStringLiteral("vendor-key"))));
     prepare(false);
 
     QCOMPARE(WireClient::result(m_port, WireClient::update(package)), 1);
@@ -233,12 +375,7 @@ void tst_UpdateInstall::installsAndPurgesThePackageInARoot()
         return m_log + WireClient::readFile(path(QStringLiteral("unit.log")));
     };
     QTRY_VERIFY2(output().contains("dpkg exited with status 0"), output().constData());
-    const QByteArray installed = run(QStringLiteral("dpkg-query"),
-                                     {QStringLiteral("--admindir=") + target(QStringLiteral("var/lib/dpkg")),
-                                      QStringLiteral("-W"),
-                                      QStringLiteral("-f=${Status} ${Version}"),
-                                      QStringLiteral("tavrin")});
-    QCOMPARE(installed, QByteArray("install ok installed 3.6.9"));
+    QCOMPARE(installed(), QByteArray("install ok installed 3.6.9"));
     for (const char* file : {"usr/bin/tavrin",
                              "usr/sbin/tavrin-helperd",
                              "usr/lib/systemd/system/tavrin-helperd.service",

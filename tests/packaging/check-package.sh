@@ -25,12 +25,16 @@ for f in ./usr/bin/tavrin ./usr/sbin/tavrin-helperd ./usr/lib/systemd/system/tav
 done
 grep -q -- '-rwxr-xr-x .* ./usr/share/tavrin/script/update-resolv-conf.sh' <(dpkg-deb -c "$deb") \
     || fail "resolver script not executable"
+# The key updates must be signed with, and debsig-verify's policy for it, in directories named by its id.
+policy="$(grep -x -- './etc/debsig/policies/[0-9A-F]\{16\}/tavrin.pol' <<<"$files" || true)"
+key_id="$(basename "$(dirname "$policy")")"
+grep -qx -- "./usr/share/debsig/keyrings/$key_id/tavrin.gpg" <<<"$files" || fail "no update key beside the policy ($policy)"
 
 field() { dpkg-deb -f "$deb" "$1"; }
 [ "$(field Package)" = tavrin ] || fail "Package is $(field Package)"
 [ "$(field Version)" = 3.6.9 ] || fail "Version is $(field Version)"
 [ "$(field Architecture)" = amd64 ] || fail "Architecture is $(field Architecture)"
-for dep in openvpn stunnel4 nftables famfamfam-flag-png libqt5core5a libqt5widgets5 libqt5network5 libqt5xml5; do
+for dep in openvpn stunnel4 nftables famfamfam-flag-png debsig-verify ca-certificates libqt5core5a libqt5widgets5 libqt5network5 libqt5xml5; do
     field Depends | tr ',' '\n' | grep -q "^ *$dep\b" || fail "Depends lacks $dep"
 done
 
@@ -41,6 +45,7 @@ grep -q 'deb-systemd-invoke restart tavrin-helperd.service' "$scripts/postinst" 
 grep -q 'deb-systemd-invoke stop tavrin-helperd.service' "$scripts/prerm" || fail "prerm does not stop the unit"
 grep -q 'nft delete table inet tavrin' "$scripts/prerm" || fail "prerm leaves the firewall table"
 grep -q 'deb-systemd-helper disable tavrin-helperd.service' "$scripts/postrm" || fail "postrm does not disable the unit"
+grep -qx "/etc/debsig/policies/$key_id/tavrin.pol" "$scripts/conffiles" || fail "the update policy is no conffile"
 for s in postinst prerm postrm; do
     sh -n "$scripts/$s" || fail "$s does not parse"
 done

@@ -29,11 +29,13 @@ fi
 dir=$(mktemp -u /tmp/tvn-demo-test-XXXXXX)
 trap '"$lab" down "$dir" >/dev/null 2>&1 || true; rm -rf "$dir.client"' EXIT
 
-# GET path over loopback; prints the whole answer. $1 http or https, $2 port, $3 path.
+# GET path over loopback; prints the whole answer. $1 http or https, $2 port, $3 path, $4 the CA
+# file the https server's certificate must verify against, as the program checks it.
 fetch() {
     local request="GET $3 HTTP/1.0\r\nHost: 127.0.0.1\r\n\r\n"
     if [ "$1" = https ]; then
-        printf "$request" | timeout 10 openssl s_client -quiet -connect "127.0.0.1:$2" 2>/dev/null || true
+        printf "$request" | timeout 10 openssl s_client -quiet -connect "127.0.0.1:$2" -CAfile "$4" \
+            -verify_return_error -verify_ip 127.0.0.1 2>/dev/null || true
     else
         timeout 10 bash -c 'exec 3<>"/dev/tcp/127.0.0.1/$1"; printf "$2" >&3; cat <&3' _ "$2" "$request" || true
     fi
@@ -46,11 +48,13 @@ if [ "$mode" = namespaces ]; then up=up; else up=local; fi
 api_port=$(sed -n 's|^TAVRIN_API_URL=https://127.0.0.1:||p' "$dir/env")
 probe_port=$(sed -n 's|^TAVRIN_PROBE_URL=http://127.0.0.1:\([0-9]*\)/$|\1|p' "$dir/env")
 helper_port=$(sed -n 's|^TAVRIN_HELPER_PORT=||p' "$dir/env")
-[ -n "$api_port" ] && [ -n "$probe_port" ] && [ -n "$helper_port" ] || fail "env is incomplete: $(cat "$dir/env")"
+ca_file=$(sed -n 's|^TAVRIN_CA_FILE=||p' "$dir/env")
+[ -n "$api_port" ] && [ -n "$probe_port" ] && [ -n "$helper_port" ] && [ -s "$ca_file" ] \
+    || fail "env is incomplete: $(cat "$dir/env")"
 pids=$(cat "$dir"/*.pid)
 
 # The demo account signs in and its locations carry the addresses the servers listen on.
-answer=$(in_ns bash -c "$(declare -f fetch); fetch https $api_port '/connect?act=wizardsetup&login=demo&pass=demo&os=linux-debian'")
+answer=$(in_ns bash -c "$(declare -f fetch); fetch https $api_port '/connect?act=wizardsetup&login=demo&pass=demo&os=linux-debian' '$ca_file'")
 grep -q '^HTTP/1.[01] 200' <<<"$answer" || fail "the fake service does not answer: $answer"
 grep -q "$(printf 10.241.0.11 | base64)" <<<"$answer" || fail "Frankfurt is not at 10.241.0.11: $answer"
 grep -q "$(printf 'Vienna - Prague' | base64)" <<<"$answer" || fail "the double-hop locations are missing"
@@ -84,6 +88,14 @@ else
     grep -q 'Initialization Sequence Completed' "$dir/test-client.log" || fail "no tunnel with the fixture's template"
     ip netns exec $CLI ping -c 1 -W 2 10.242.0.1 >/dev/null || fail "no traffic through the tunnel"
     pids="$pids $(cat "$dir/test-client.pid")"
+    # The offered update, signed with the demo's key, installs through the helper daemon into the
+    # demo's own dpkg root.
+    grep -q "$(printf 3.7.0 | base64)" <<<"$answer" || fail "no update is offered"
+    ip netns exec $CLI "$build/tests/helper/tavrin-wire-tool" update "$helper_port" "$dir/update.deb" >/dev/null \
+        || fail "the helper daemon refused the demo's update: $(tail -n 2 "$dir/helperd.log")"
+    installed() { dpkg-query --root="$dir/dpkg-root" -W -f='${Version}' tavrin; }
+    for _ in $(seq 100); do [ "$(installed)" = 3.7.0 ] && break; sleep 0.1; done
+    [ "$(installed)" = 3.7.0 ] || fail "the demo's update is not installed: $(installed)"
 fi
 
 "$lab" down "$dir"

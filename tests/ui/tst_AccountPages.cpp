@@ -5,6 +5,7 @@
 #include <QtTest>
 
 #include "AccountWindow.h"
+#include "CustomMessageBox.h"
 #include "FakeService.h"
 #include "LocalSettings.h"
 #include "NetworkManager.h"
@@ -25,6 +26,7 @@ private slots:
     {
         QVERIFY(m_service.start());
         qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
         qputenv("TAVRIN_SITE_URL", m_service.baseUrl().toUtf8());
         QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "openUrl");
     }
@@ -118,6 +120,26 @@ private slots:
             }
         }
         QCOMPARE(buyRequests, 1);
+    }
+
+    void unverifiedServiceIsNamed()
+    {
+        signIn();
+        LocalSettings::instance()->setValue(Keys::VpnLogin, QStringLiteral("vpn-demo1"));
+        AccountWindow page;
+        page.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&page));
+        m_service.setCertificate(FakeCertificates::Kind::OtherHost);
+        CustomMessageBox::clearAnswers();
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        QSignalSpy failed(NetworkManager::instance(), &NetworkManager::buyLinkFailed);
+        QTest::mouseClick(page.renewButton(), Qt::LeftButton);
+        QVERIFY(failed.wait(20000));
+        QCOMPARE(CustomMessageBox::answeredMessages().size(), 1);
+        QCOMPARE(CustomMessageBox::answeredMessages().first().text, CustomMessageBox::unverifiedServiceText());
+        QVERIFY(page.renewButton()->isEnabled());
+        QCOMPARE(m_service.requestCount(), 0);
+        QVERIFY(m_opened.isEmpty());
     }
 
 private:

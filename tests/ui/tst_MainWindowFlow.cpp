@@ -1,5 +1,8 @@
 #include <QtTest>
 
+#include "ALog.h"
+#include "AbstractFilterModel.h"
+#include "AbstractServerModel.h"
 #include "AccountWindow.h"
 #include "ConnectWindow.h"
 #include "CustomMessageBox.h"
@@ -11,10 +14,14 @@
 #include "NetworkManager.h"
 #include "PageTestEnvironment.h"
 #include "SelectionAccountWindow.h"
+#include "ServerListWindow.h"
 #include "SubscriptionPurchaseWindow.h"
 #include "SystemTray.h"
 
 #include <QRadioButton>
+#include <QScopeGuard>
+#include <QTcpServer>
+#include <QTcpSocket>
 
 #include <memory>
 
@@ -31,6 +38,19 @@ QStringList messageTexts()
     for (const CustomMessageBox::Message& message : CustomMessageBox::answeredMessages())
         texts << message.text;
     return texts;
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool ownerOnly(const QString& path)
+{
+    const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
+        | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    return !(QFile::permissions(path) & others);
 }
 
 } // namespace
@@ -81,6 +101,7 @@ private slots:
         QString error;
         QVERIFY2(m_service.start(0, &error), qPrintable(error));
         qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
         MainWindow::serverListRetryMs = 300;
     }
 
@@ -149,22 +170,29 @@ private slots:
     {
         QTest::addColumn<QString>("password");
         QTest::addColumn<int>("fault");
+        QTest::addColumn<bool>("trusted");
         QTest::addColumn<QString>("message");
-        QTest::newRow("wrong password") << "wrong" << int(FakeService::Fault::None) << "Wrong Login/Password.";
+        QTest::newRow("wrong password") << "wrong" << int(FakeService::Fault::None) << true << "Wrong Login/Password.";
         // The probe address is on a closed loopback port, so the network itself looks absent.
         QTest::newRow("service unreachable, no network")
-            << "demo" << int(FakeService::Fault::Close) << "Application has no access to network.";
+            << "demo" << int(FakeService::Fault::Close) << true << "Application has no access to network.";
+        QTest::newRow("service not verified, the password not sent")
+            << "demo" << int(FakeService::Fault::None) << false << CustomMessageBox::unverifiedServiceText();
     }
     void failedSignInStaysOnSignInPage()
     {
         QFETCH(QString, password);
         QFETCH(int, fault);
+        QFETCH(bool, trusted);
         QFETCH(QString, message);
         m_service.setFault(FakeService::Fault(fault));
+        if (!trusted)
+            m_service.setCertificate(FakeCertificates::Kind::Expired);
         makeWindow();
         CustomMessageBox::setNextAnswer(QMessageBox::Ok);
         signInAs(password);
         QCOMPARE(messageTexts(), QStringList {message});
+        QCOMPARE(accountRequests() == 0, !trusted);
         QVERIFY(m_window->loginPage()->isVisible());
         QVERIFY(m_window->loginPage()->isEnabled());
         QVERIFY(!m_window->connectPage()->isVisible());
@@ -203,6 +231,27 @@ private slots:
         const QString host = QUrl(m_service.baseUrl()).host();
         QCOMPARE(messageTexts(),
                  QStringList {QStringLiteral("Your version is outdated. Please, download new Tavrin app on ") + host});
+    }
+
+    void updateFromUnverifiedServerIsRefused()
+    {
+        FakeService impostor;
+        impostor.setCertificate(FakeCertificates::Kind::UnknownAuthority);
+        QVERIFY(impostor.start());
+        m_service.fixture().upgradeVersion = QStringLiteral("9.0");
+        m_service.fixture().upgradeLink = impostor.baseUrl() + QStringLiteral("/download/update.deb");
+        useOneLogin();
+        makeWindow();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+        CustomMessageBox::setNextAnswer(QMessageBox::Yes);
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        m_window->onCheckSoftwareUpdateScheduled();
+        QTRY_COMPARE_WITH_TIMEOUT(CustomMessageBox::pendingAnswers(), 0, 20000);
+        QCOMPARE(messageTexts(),
+                 (QStringList {QStringLiteral("Available new update. Download it?"),
+                               CustomMessageBox::unverifiedServiceText()}));
+        QCOMPARE(impostor.requestCount(), 0);
+        QVERIFY(!m_window->progressDialog());
     }
 
     void cachedStart_data()
@@ -296,6 +345,26 @@ private slots:
         QCOMPARE(accountRequests(), before + 1);
     }
 
+    void installDownloadedUpdate_data()
+    {
+        QTest::addColumn<bool>("taken");
+        QTest::newRow("refused: the failure is shown and the installed version keeps running") << false;
+        QTest::newRow("taken: the program exits for the new version") << true;
+    }
+    void installDownloadedUpdate()
+    {
+        QFETCH(bool, taken);
+        makeWindow();
+        m_daemon->setResult(taken ? 1 : 0);
+        if (!taken)
+            CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        m_window->onDownloadNewUpdateComplited(QStringLiteral("/tmp/Tavrin-update/update.deb"));
+        QCOMPARE(commandOf(m_daemon->requests().last()), quint32(HelperWire::UpdateInstall));
+        QCOMPARE(needExit, taken);
+        QCOMPARE(messageTexts(),
+                 taken ? QStringList() : QStringList {QStringLiteral("Error during installing update.")});
+    }
+
     void exitWhileConnected_data()
     {
         QTest::addColumn<int>("answer");
@@ -327,6 +396,77 @@ private slots:
         m_window.reset();
         QTRY_VERIFY(m_daemon->requests().size() > before);
         QCOMPARE(commandOf(m_daemon->requests().last()), quint32(HelperWire::FirewallOff));
+    }
+
+    // Secrets pass through sign-in, HTTP errors, refreshes, a favourite, a location pick and a connection; the log
+    // files keep their lines but none of the secrets.
+    void logsHoldNoSecret()
+    {
+        FakeFixture& fixture = m_service.fixture();
+        useOneLogin();
+        fixture.password = QStringLiteral("AcctPw4711");
+        FakeLogin& vpn = fixture.logins.first();
+        vpn.pass = QStringLiteral("VpnPw0815");
+        QByteArray script = readFile(QStringLiteral(TEST_DATA "/management/real-connect-and-stop.txt"));
+        m_daemon->setManagementScript(ManagementScript::parse(
+            script.replace("alice", vpn.user.toUtf8()).replace("\"Auth\" secret", "\"Auth\" " + vpn.pass.toUtf8())));
+        // The fake service answers faults with 500; a 401 comes from this stand-in.
+        QTcpServer unauthorized;
+        QVERIFY(unauthorized.listen(QHostAddress::LocalHost));
+        connect(&unauthorized, &QTcpServer::newConnection, this, [&unauthorized] {
+            QTcpSocket* socket = unauthorized.nextPendingConnection();
+            socket->write(
+                "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"v\"\r\nContent-Length: 0\r\n\r\n");
+        });
+        const QtMessageHandler previous = qInstallMessageHandler(myMessageOutput);
+        const auto restore = qScopeGuard([previous] { qInstallMessageHandler(previous); });
+
+        makeWindow();
+        m_service.setFault(FakeService::Fault::HttpError);
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        QCOMPARE(signInAs(fixture.password), NetworkManager::NetworkFailure);
+        m_service.setFault(FakeService::Fault::None);
+        qputenv("TAVRIN_API_URL", QByteArray("http://127.0.0.1:") + QByteArray::number(unauthorized.serverPort()));
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        QCOMPARE(signInAs(fixture.password), NetworkManager::NetworkFailure);
+        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+        QCOMPARE(signInAs(fixture.password), NetworkManager::Success);
+
+        QSignalSpy updated(NetworkManager::instance(), &NetworkManager::serverUpdated);
+        m_window->onServerList(OpenVpnTcp);
+        QVERIFY(updated.wait(20000));
+        ServerListWindow* list = m_window->serverListPage();
+        list->onFilterChange(ServerListWindow::StandartFilter);
+        QVERIFY(list->proxy()->setData(list->proxy()->index(0, 1), true));
+        list->selServer(list->proxy()->index(0, 0));
+        QTRY_COMPARE_WITH_TIMEOUT(m_window->connectPage()->state(), int(ConnectWindow::Connected), 15000);
+        m_window->connectPage()->onClickConnect();
+        QTRY_VERIFY_WITH_TIMEOUT(m_daemon->managementPort()->finished(), 10000);
+        QVERIFY(m_daemon->managementPort()->mismatches().isEmpty());
+
+        m_service.setFault(FakeService::Fault::HttpError);
+        m_window->onServerListUpdateRequest();
+        QTRY_VERIFY_WITH_TIMEOUT(readFile(applicationLogPath()).contains("Server List Finished Error"), 20000);
+
+        const QByteArray secrets[]
+            = {fixture.password.toUtf8(), vpn.pass.toUtf8(), vpn.cert.split('\n').at(1), vpn.key.split('\n').at(1)};
+        const QString logDir = QFileInfo(applicationLogPath()).path();
+        QByteArray logs = readFile(ALog::tracePath());
+        for (const QFileInfo& file : QDir(logDir).entryInfoList(QDir::Files | QDir::Hidden)) {
+            QVERIFY2(ownerOnly(file.filePath()), qPrintable(file.filePath()));
+            logs += readFile(file.filePath());
+        }
+        QVERIFY(ownerOnly(logDir));
+        for (const QByteArray& secret : secrets)
+            QVERIFY2(!logs.contains(secret), secret.constData());
+        // The lines are still there, without their secrets.
+        QVERIFY(logs.contains("&pass=***&act=wizardsetup - server replied"));
+        QVERIFY(logs.contains("favorite changed"));
+        QVERIFY(logs.contains("ServerListWindow::selServer \"Amsterdam (192.0.2.11, login vpn-demo1)\""));
+        // The settings file keeps the offline cache, owner-only.
+        const QString settings = LocalSettings::instance()->fileName();
+        QVERIFY(ownerOnly(settings));
+        QVERIFY(readFile(settings).contains(vpn.pass.toUtf8()));
     }
 };
 

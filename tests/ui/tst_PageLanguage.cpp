@@ -171,6 +171,7 @@ private slots:
         QString error;
         QVERIFY2(m_service.start(0, &error), qPrintable(error));
         qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
+        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
         m_service.setFixture(FakeFixture::demo());
         m_service.fixture().upgradeVersion.clear();
         // Close to the expiry, so that the connect page shows its notice.

@@ -6,8 +6,11 @@
 #                 checking the demo account's VPN logins; stunnel on 443 in front of TCP 80.
 #   tvn-demo-cli  10.241.0.2: the fake service (https on 127.0.0.1:8443, the probe's site on
 #                 http://127.0.0.1:8080), tavrin-helperd on its usual port 23589, and the program.
+#                 The service's certificate comes from a throw-away authority, written to
+#                 DIR/service-ca.pem, which the program trusts through TAVRIN_CA_FILE.
 # Nothing outside these namespaces and DIR is touched: the helper daemon's resolver file and
-# time zone live under DIR/root, its nftables table in the client namespace.
+# time zone live under DIR/root, its nftables table in the client namespace, and the update the
+# fake service offers (signed with a key of the demo's own) installs into DIR/dpkg-root.
 #
 #   demo-lab.sh up DIR BUILD_DIR      all of the above (removes leftovers of an earlier demo first)
 #   demo-lab.sh local DIR BUILD_DIR   only the fake service, on the host's loopback (no root needed)
@@ -46,6 +49,7 @@ kill_pidfiles() {
 
 down() {
     [ -d "$dir" ] && kill_pidfiles
+    if [ -d "$dir/update-key" ]; then GNUPGHOME="$dir/update-key" gpgconf --kill gpg-agent 2>/dev/null || true; fi
     if [ "$(id -u)" -eq 0 ] && command -v ip >/dev/null; then
         for ns in $(ip netns list 2>/dev/null | awk '{print $1}' | grep "^$PREFIX" || true); do
             # The helper daemon first, so it stops its OpenVPN and removes its table itself.
@@ -120,10 +124,38 @@ LOCATIONS=(
     "Vienna - Prague|10.241.0.23|cz|vpn-demo2|2"
 )
 
+# The update the demo offers: a package "tavrin" newer than the program, signed with a throw-away
+# key that the helper daemon's policy under DIR/root trusts. The daemon installs it into
+# DIR/dpkg-root, whose database has the running version installed, never into this machine.
+UPDATE_VERSION=3.7.0
+update_offer() {
+    local key=$dir/update-key tree=$dir/update-tree script fingerprint arch current
+    script="$(cd "$(dirname "$0")/../.." && pwd)/packaging/update-key.sh"
+    arch=$(dpkg --print-architecture)
+    current=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+    fingerprint=$("$script" new "$key")
+    "$script" trust "$key/public.gpg" "$dir/root" >/dev/null
+    mkdir -p "$tree/DEBIAN" "$tree/usr/share/doc/tavrin"
+    printf 'Package: tavrin\nVersion: %s\nArchitecture: %s\nMaintainer: Tavrin demo <demo@tavrin.invalid>\nDescription: demo update\n' \
+        "$UPDATE_VERSION" "$arch" >"$tree/DEBIAN/control"
+    echo "Installed by the Tavrin demo's update." >"$tree/usr/share/doc/tavrin/README.demo"
+    dpkg-deb --root-owner-group -b "$tree" "$dir/update.deb" >/dev/null
+    GNUPGHOME=$key "$script" sign "$fingerprint" "$dir/update.deb"
+    GNUPGHOME=$key gpgconf --kill gpg-agent 2>/dev/null || true
+    mkdir -p "$dir/dpkg-root/var/lib/dpkg/updates" "$dir/dpkg-root/var/lib/dpkg/info"
+    : >"$dir/dpkg-root/var/lib/dpkg/info/tavrin.list"
+    printf 'Package: tavrin\nStatus: install ok installed\nVersion: %s\nArchitecture: %s\nMaintainer: Tavrin demo <demo@tavrin.invalid>\nDescription: the running demo\n\n' \
+        "$current" "$arch" >"$dir/dpkg-root/var/lib/dpkg/status"
+}
+
 # The demo account: demo/demo with two VPN logins, the locations above and the template that
 # matches the namespaced servers. With "local" (no PKI) the template is only a placeholder.
 fixture() { # api_base probe_base
-    local config cert key
+    local config cert key upgrade='"upgrade": {"version": "", "link": ""}'
+    if [ -f "$dir/update.deb" ]; then
+        upgrade="\"upgrade\": {\"version\": \"$UPDATE_VERSION\", \"link\": \"/download/update.deb\"},"
+        upgrade+=" \"packageFile\": \"$dir/update.deb\""
+    fi
     if [ -f "$dir/pki/ca.crt" ]; then
         config=$(client_template | json_text '\r\n')
         cert=$(json_text '\n' <"$dir/pki/client.crt")
@@ -151,7 +183,7 @@ fixture() { # api_base probe_base
   "servers": [
     $servers
   ],
-  "upgrade": {"version": "", "link": ""},
+  $upgrade,
   "timezone": "Europe/Berlin",
   "buyLink": "$1/",
   "doublePings": {"Paris - Oslo": 25, "Madrid - Toronto": 40, "Vienna - Prague": 30}
@@ -228,7 +260,7 @@ local_up() {
     probe=$(free_port 8080)
     [ "$probe" = "$api" ] && probe=$(free_port $((api + 1)))
     fixture "https://127.0.0.1:$api" >"$dir/fixture.json"
-    start_fake fakeservice "$api"
+    start_fake fakeservice "$api" --ca-file "$dir/service-ca.pem"
     start_fake probe-site "$probe" --plain-http
     # The helper port points where nothing listens, so a helper daemon installed on this
     # machine is never asked to change its firewall, time zone or resolver.
@@ -237,6 +269,7 @@ TAVRIN_API_URL=https://127.0.0.1:$api
 TAVRIN_SITE_URL=https://127.0.0.1:$api
 TAVRIN_PROBE_URL=http://127.0.0.1:$probe/
 TAVRIN_HELPER_PORT=$(free_port 23590)
+TAVRIN_CA_FILE=$dir/service-ca.pem
 ENV
 }
 
@@ -297,13 +330,14 @@ key = $dir/pki/server.key
 CONF
     ip netns exec $SRV stunnel4 "$dir/stunnel-server.conf"
 
+    update_offer
     fixture "https://127.0.0.1:8443" >"$dir/fixture.json"
     chmod 600 "$dir/fixture.json"
     in_cli="ip netns exec $CLI"
-    start_fake fakeservice 8443
+    start_fake fakeservice 8443 --ca-file "$dir/service-ca.pem"
     start_fake probe-site 8080 --plain-http
 
-    ip netns exec $CLI env TAVRIN_HELPERD_ROOT="$dir/root" \
+    ip netns exec $CLI env TAVRIN_HELPERD_ROOT="$dir/root" TAVRIN_HELPERD_DPKG_ROOT="$dir/dpkg-root" \
         TAVRIN_HELPERD_SCRIPT="$(cd "$(dirname "$0")/../.." && pwd)/helper/script/update-resolv-conf.sh" \
         "$build/helper/tavrin-helperd" >"$dir/helperd.log" 2>&1 &
     echo $! >"$dir/helperd.pid"
@@ -318,6 +352,7 @@ TAVRIN_API_URL=https://127.0.0.1:8443
 TAVRIN_SITE_URL=https://127.0.0.1:8443
 TAVRIN_PROBE_URL=http://127.0.0.1:8080/
 TAVRIN_HELPER_PORT=23589
+TAVRIN_CA_FILE=$dir/service-ca.pem
 ENV
             return 0
         fi

@@ -114,6 +114,9 @@ if [ $namespaces = yes ]; then
     through stunnel on 443) runs in the namespace tvn-demo-srv; the
     program and tavrin-helperd run in $CLI. This machine's own
     network, firewall, resolver and time zone are not touched.
+    An update to 3.7.0 is offered, signed with a key the demo made:
+    taking it installs into $dir/dpkg-root, never
+    into this machine, and the program then ends as after any update.
 TEXT
 else
     cat <<TEXT

@@ -137,6 +137,7 @@ bool FakeFixture::fromJson(const QByteArray& json, FakeFixture* fixture, QString
     for (auto it = pings.begin(); it != pings.end(); ++it)
         f.doublePings.insert(it.key(), it.value().toInt());
     f.packageSize = root.value(QLatin1String("packageSize")).toInt(f.packageSize);
+    f.packageFile = text(root, "packageFile");
     *fixture = f;
     return true;
 }
@@ -182,5 +183,6 @@ QByteArray FakeFixture::toJson() const
         pings.insert(it.key(), it.value());
     root.insert(QStringLiteral("doublePings"), pings);
     root.insert(QStringLiteral("packageSize"), packageSize);
+    root.insert(QStringLiteral("packageFile"), packageFile);
     return QJsonDocument(root).toJson();
 }

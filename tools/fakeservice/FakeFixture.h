@@ -47,6 +47,7 @@ struct FakeFixture
     QString buyLink;
     QMap<QString, int> doublePings;
     int packageSize = 64 * 1024; // bytes served as the update package
+    QString packageFile; // served as the update package instead, when set (the demo's signed one)
 
     // A demo account "demo"/"demo" with two VPN logins and standard and double-hop locations in several countries.
     static FakeFixture demo();

@@ -1,10 +1,9 @@
 #include "FakeService.h"
 
+#include <QDebug>
 #include <QFile>
 #include <QPointer>
-#include <QProcess>
 #include <QSslSocket>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QUrlQuery>
 
@@ -14,60 +13,6 @@
 
 namespace {
 const int maxRequestHead = 64 * 1024;
-
-// One key and certificate per process: openssl is slow enough that a test suite should not pay for it per server.
-bool makeCertificate(QSslCertificate* certificate, QSslKey* key, QString* error)
-{
-    static QSslCertificate cachedCertificate;
-    static QSslKey cachedKey;
-    if (cachedCertificate.isNull()) {
-        QTemporaryDir dir;
-        if (!dir.isValid()) {
-            *error = QStringLiteral("no temporary directory for the certificate");
-            return false;
-        }
-        const QString keyPath = dir.filePath(QStringLiteral("key.pem"));
-        const QString certPath = dir.filePath(QStringLiteral("cert.pem"));
-        QProcess openssl;
-        openssl.start(QStringLiteral("openssl"),
-                      {QStringLiteral("req"),
-                       QStringLiteral("-x509"),
-                       QStringLiteral("-newkey"),
-                       QStringLiteral("ec"),
-                       QStringLiteral("-pkeyopt"),
-                       QStringLiteral("ec_paramgen_curve:prime256v1"),
-                       QStringLiteral("-nodes"),
-                       QStringLiteral("-subj"),
-                       QStringLiteral("/CN=localhost"),
-                       QStringLiteral("-days"),
-                       QStringLiteral("2"),
-                       QStringLiteral("-keyout"),
-                       keyPath,
-                       QStringLiteral("-out"),
-                       certPath});
-        if (!openssl.waitForFinished(30000) || openssl.exitStatus() != QProcess::NormalExit
-            || openssl.exitCode() != 0) {
-            *error = QStringLiteral("openssl failed: ") + QString::fromLocal8Bit(openssl.readAllStandardError());
-            return false;
-        }
-        QFile certFile(certPath);
-        QFile keyFile(keyPath);
-        if (!certFile.open(QIODevice::ReadOnly) || !keyFile.open(QIODevice::ReadOnly)) {
-            *error = QStringLiteral("cannot read the certificate openssl made");
-            return false;
-        }
-        cachedCertificate = QSslCertificate(certFile.readAll(), QSsl::Pem);
-        cachedKey = QSslKey(keyFile.readAll(), QSsl::Ec, QSsl::Pem);
-        if (cachedCertificate.isNull() || cachedKey.isNull()) {
-            cachedCertificate = QSslCertificate();
-            *error = QStringLiteral("cannot load the certificate openssl made");
-            return false;
-        }
-    }
-    *certificate = cachedCertificate;
-    *key = cachedKey;
-    return true;
-}
 
 QByteArray reason(int status)
 {
@@ -93,8 +38,11 @@ FakeService::~FakeService() = default;
 
 bool FakeService::start(quint16 port, QString* error)
 {
+    // Made now rather than at the first connection, so that a missing openssl shows here.
+    QSslCertificate certificate;
+    QSslKey key;
     QString reasonText;
-    if (!m_plain && !makeCertificate(&m_certificate, &m_key, &reasonText)) {
+    if (!m_plain && !FakeCertificates::make(m_certificateKind, &certificate, &key, &reasonText)) {
         if (error)
             *error = reasonText;
         return false;
@@ -126,6 +74,7 @@ void FakeService::reset()
     m_delayMs = 0;
     m_connectBody.clear();
     m_unsized = false;
+    m_certificateKind = FakeCertificates::Kind::Trusted;
     m_requests.clear();
 }
 
@@ -187,13 +136,18 @@ void FakeService::incomingConnection(qintptr descriptor)
     });
     if (m_plain)
         return;
-    socket->setLocalCertificate(m_certificate);
-    socket->setPrivateKey(m_key);
+    QSslCertificate certificate;
+    QSslKey key;
+    QString error;
+    if (!FakeCertificates::make(m_certificateKind, &certificate, &key, &error)) {
+        qWarning().noquote() << "FakeService:" << error;
+        socket->abort();
+        return;
+    }
+    socket->setLocalCertificate(certificate);
+    socket->setPrivateKey(key);
+    // Clients show no certificate.
     socket->setPeerVerifyMode(QSslSocket::VerifyNone);
-    // A client that gives up the handshake leaves nothing to answer.
-    connect(socket, qOverload<const QList<QSslError>&>(&QSslSocket::sslErrors), socket, [socket]() {
-        socket->ignoreSslErrors();
-    });
     socket->startServerEncryption();
 }
 
@@ -233,6 +187,10 @@ QByteArray FakeService::route(const QUrl& url, int* status, QByteArray* contentT
     if (path == QLatin1String("/download/update.deb")) {
         *contentType = QByteArrayLiteral("application/vnd.debian.binary-package");
         *sized = !m_unsized;
+        if (!m_fixture.packageFile.isEmpty()) {
+            QFile package(m_fixture.packageFile);
+            return package.open(QIODevice::ReadOnly) ? package.readAll() : QByteArray();
+        }
         return FakeAnswers::package(m_fixture.packageSize);
     }
     if (path == QLatin1String("/download/config.ovpn")) {

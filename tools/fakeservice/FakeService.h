@@ -1,19 +1,19 @@
 #pragma once
 
 #include <QByteArray>
-#include <QSslCertificate>
-#include <QSslKey>
 #include <QTcpServer>
 #include <QUrl>
 #include <QVector>
 
+#include "FakeCertificates.h"
 #include "FakeFixture.h"
 
 class QTcpSocket;
 
-// A fake Velmora service on 127.0.0.1. It speaks HTTPS with a self-signed certificate made at start (or plain
-// HTTP, to stand in for the connectivity probe's site), answers one request per connection, and can be told to
-// misbehave so that the client's failure paths can be driven.
+// A fake Velmora service on 127.0.0.1. It speaks HTTPS with a certificate for 127.0.0.1 from a throw-away authority
+// (caFile(), which clients trust through TAVRIN_CA_FILE), or plain HTTP to stand in for the connectivity probe's
+// site. It answers one request per connection, and can be told to misbehave so that the client's failure paths can
+// be driven.
 //
 // Paths: /connect (act = wizardsetup, time, buy), /upd/double.xml, /download/update.deb, /download/config.ovpn,
 // and / (a small page).
@@ -38,6 +38,10 @@ public:
     bool start(quint16 port = 0, QString* error = nullptr);
     void setPlainHttp(bool plain) { m_plain = plain; }
     QString baseUrl() const;
+    // The PEM file of the authority behind the trusted certificate; the same for every service of the process.
+    static QString caFile() { return FakeCertificates::authorityFile(); }
+    // Connections from now on get this certificate; the trusted one until changed.
+    void setCertificate(FakeCertificates::Kind kind) { m_certificateKind = kind; }
 
     // The demo fixture until another is set.
     FakeFixture& fixture() { return m_fixture; }
@@ -54,9 +58,10 @@ public:
     // Downloads are sent without a Content-Length and ended by closing the connection.
     void setUnsizedDownloads(bool unsized) { m_unsized = unsized; }
 
+    // Requests read in full; a client that refused the certificate never sends one.
     int requestCount() const { return m_requests.size(); }
     QVector<QUrl> requests() const { return m_requests; }
-    // Forgets faults, delay, the body override and the request log; keeps the fixture.
+    // Forgets faults, delay, the body override, the certificate and the request log; keeps the fixture.
     void reset();
 
 signals:
@@ -72,8 +77,7 @@ private:
     QByteArray route(const QUrl& url, int* status, QByteArray* contentType, bool* sized);
 
     FakeFixture m_fixture;
-    QSslCertificate m_certificate;
-    QSslKey m_key;
+    FakeCertificates::Kind m_certificateKind = FakeCertificates::Kind::Trusted;
     bool m_plain = false;
     Fault m_fault = Fault::None;
     Fault m_nextFault = Fault::None;

@@ -11,7 +11,9 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     app.setApplicationName(QStringLiteral("tavrin-fakeservice"));
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("A fake Velmora service over HTTPS on 127.0.0.1."));
+    parser.setApplicationDescription(
+        QStringLiteral("A fake Velmora service over HTTPS on 127.0.0.1, with a certificate from a throw-away "
+                       "authority."));
     parser.addHelpOption();
     const QCommandLineOption portOption({QStringLiteral("p"), QStringLiteral("port")},
                                         QStringLiteral("Port to listen on (default 8443)."),
@@ -25,7 +27,12 @@ int main(int argc, char** argv)
     const QCommandLineOption plainOption(
         QStringLiteral("plain-http"),
         QStringLiteral("Serve plain HTTP instead of HTTPS, to stand in for the connectivity probe's site."));
+    const QCommandLineOption caOption(QStringLiteral("ca-file"),
+                                      QStringLiteral("Write the authority that signed the service's certificate to "
+                                                     "this PEM file, for the client's TAVRIN_CA_FILE."),
+                                      QStringLiteral("file"));
     parser.addOption(portOption);
+    parser.addOption(caOption);
     parser.addOption(plainOption);
     parser.addOption(fixtureOption);
     parser.addOption(dumpOption);
@@ -62,6 +69,15 @@ int main(int argc, char** argv)
     if (!service.start(quint16(port), &error)) {
         err << "cannot start: " << error << '\n';
         return 1;
+    }
+    if (parser.isSet(caOption)) {
+        QFile authority(FakeService::caFile());
+        QFile out(parser.value(caOption));
+        if (!authority.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly)
+            || out.write(authority.readAll()) < 0 || !out.flush()) {
+            err << "cannot write the authority to " << out.fileName() << ": " << out.errorString() << '\n';
+            return 1;
+        }
     }
     QTextStream(stdout) << "Fake Velmora service on " << service.baseUrl() << " (account " << fixture.login << ")"
                         << Qt::endl;

@@ -79,6 +79,7 @@ int main(int argc, char* argv[])
         return 1;
     }
     qputenv("TAVRIN_API_URL", service.baseUrl().toUtf8());
+    qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
     qputenv("TAVRIN_SITE_URL", service.baseUrl().toUtf8());
     LocalSettings::instance()->createDefaultSettings();
     if (!signIn()) {

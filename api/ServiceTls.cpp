@@ -1,0 +1,56 @@
+#include "ServiceTls.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QSslSocket>
+#include <QStringList>
+
+namespace ServiceTls {
+
+QSslConfiguration configuration()
+{
+    static const QSslConfiguration tls = [] {
+        QSslConfiguration made = QSslConfiguration::defaultConfiguration();
+        made.setPeerVerifyMode(QSslSocket::VerifyPeer);
+        made.setProtocol(QSsl::SecureProtocols);
+        QList<QSslCertificate> authorities = QSslConfiguration::systemCaCertificates();
+        const QString extra = qEnvironmentVariable("TAVRIN_CA_FILE");
+        if (!extra.isEmpty())
+            authorities += readAuthorities(extra);
+        made.setCaCertificates(authorities);
+        return made;
+    }();
+    return tls;
+}
+
+QList<QSslCertificate> readAuthorities(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        qWarning().noquote()
+            << QStringLiteral("Extra certificate authorities not read from %1: %2").arg(path, file.errorString());
+        return {};
+    }
+    const QList<QSslCertificate> certificates = QSslCertificate::fromData(file.readAll(), QSsl::Pem);
+    if (certificates.isEmpty())
+        qWarning().noquote() << "No PEM certificate in" << path;
+    else
+        qDebug().noquote() << "Trusting" << certificates.size() << "extra certificate authorities from" << path;
+    return certificates;
+}
+
+QString describe(const QList<QSslError>& errors)
+{
+    QStringList texts;
+    for (const QSslError& error : errors) {
+        const QSslCertificate certificate = error.certificate();
+        QString text = error.errorString();
+        if (!certificate.isNull())
+            text += QStringLiteral(" (%1)").arg(certificate.subjectDisplayName());
+        if (!texts.contains(text))
+            texts << text;
+    }
+    return texts.join(QStringLiteral("; "));
+}
+
+} // namespace ServiceTls
