@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <QEventLoop>
 #include <QNetworkAccessManager>
+#include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
 
@@ -10,8 +11,20 @@
 #include "MainWindow.h"
 #include "ServiceTls.h"
 
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace {
 const QString wakeUpMessage = QStringLiteral("Wake up!");
+
+int quitPipe[2] = {-1, -1};
+
+void onQuitSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t n = ::write(quitPipe[1], &byte, 1);
+}
 
 // The first network access manager of a process loads Qt's network plugins, and the service's TLS settings load
 // the TLS library and read the system's certificate authorities and TAVRIN_CA_FILE: together tens of
@@ -60,12 +73,33 @@ bool UnixApplication::launch(bool hidden)
     // The store resets itself at every start unless the user is remembered; only the instance may do that.
     LocalSettings::instance();
     mainWindow = new MainWindow();
+    quitOnSignals();
     mainWindow->checkAutologin();
     if (hidden)
         mainWindow->onHide();
     else
         mainWindow->onShow();
     return true;
+}
+
+void UnixApplication::quitOnSignals()
+{
+    if (::pipe2(quitPipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    auto* notifier = new QSocketNotifier(quitPipe[0], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [] {
+        char byte;
+        while (::read(quitPipe[0], &byte, 1) > 0) { }
+        qDebug() << "Quit on a signal";
+        QCoreApplication::quit();
+    });
+    struct sigaction action
+    { };
+    action.sa_handler = onQuitSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    for (int signal : {SIGTERM, SIGINT, SIGHUP})
+        ::sigaction(signal, &action, nullptr);
 }
 
 bool UnixApplication::oneInstance()

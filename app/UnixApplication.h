@@ -19,6 +19,9 @@ public slots:
 
 private:
     bool oneInstance();
+    // SIGTERM, SIGINT and SIGHUP (log-out, shut-down, kill) take the path of Quit: the tunnel is
+    // closed, the kill switch lifted and the time zone restored before the process ends.
+    void quitOnSignals();
     void showMainTopmost();
 
     MainWindow* mainWindow = nullptr;

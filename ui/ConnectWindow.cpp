@@ -699,6 +699,8 @@ void ConnectWindow::preClose()
     m_connection.disconnect(false);
     doRestoreDNS(false);
     m_connection.firewallOff();
+    if (m_firewall.changeTimezone)
+        doTimezone(true, QString());
 }
 
 // ---- time zone

@@ -62,7 +62,7 @@ bool PackageCheck::word(const QString& program, const QStringList& arguments, co
         return false;
     if (o.out.endsWith('\n'))
         o.out.chop(1);
-    static const QRegularExpression printable(QStringLiteral("^[!-~]+$"));
+    static const QRegularExpression printable(QRegularExpression::anchoredPattern(QStringLiteral("[!-~]+")));
     value = QString::fromLatin1(o.out);
     if (o.exitCode != 0 || !printable.match(value).hasMatch()) {
         m_error = QStringLiteral("cannot read %1: \"%2\" (%3 exit %4: %5)")
@@ -130,7 +130,8 @@ bool PackageCheck::accepts(const QString& package, const QString& scratchDir, co
         return false;
     // dpkg only warns about a malformed version and compares it all the same; a leading digit
     // also keeps a version from being read as an option.
-    static const QRegularExpression syntax(QStringLiteral("^[0-9][A-Za-z0-9.+~:-]*$"));
+    static const QRegularExpression syntax(
+        QRegularExpression::anchoredPattern(QStringLiteral("[0-9][A-Za-z0-9.+~:-]*")));
     if (!syntax.match(version).hasMatch()) {
         m_error = QStringLiteral("version \"%1\" is not a Debian version").arg(version);
         return false;

@@ -16,6 +16,8 @@
 #include <QThread>
 #include <QtTest>
 
+#include <csignal>
+
 #include "Constants.h"
 #include "FakeService.h"
 #include "StatusNotifierWatcherDouble.h"
@@ -405,10 +407,14 @@ void TestWholeProgram::connectsThroughTheTrayAndQuitsClean_data()
     QTest::addColumn<QString>("protocol");
     QTest::addColumn<QString>("tunnelServer");
     QTest::addColumn<bool>("killSwitch");
+    QTest::addColumn<bool>("terminated"); // ended by SIGTERM while connected, as at log-out
 
-    QTest::newRow("OpenVPN over UDP") << QStringLiteral("udp") << QString::fromLatin1(E2eLab::UdpTunnelServer) << false;
+    const QString udp = QString::fromLatin1(E2eLab::UdpTunnelServer);
+    QTest::newRow("OpenVPN over UDP") << QStringLiteral("udp") << udp << false << false;
     QTest::newRow("Imitation HTTPS behind the kill switch")
-        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << true;
+        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << true << false;
+    QTest::newRow("OpenVPN over UDP behind the kill switch, ended by SIGTERM")
+        << QStringLiteral("udp") << udp << true << true;
 }
 
 void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
@@ -416,6 +422,7 @@ void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
     QFETCH(QString, protocol);
     QFETCH(QString, tunnelServer);
     QFETCH(bool, killSwitch);
+    QFETCH(bool, terminated);
 
     rememberAccount(protocol, killSwitch);
     startProgram();
@@ -429,16 +436,21 @@ void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
     QVERIFY2(pings(tunnelServer), "no answer through the tunnel");
     QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), !killSwitch);
 
-    const QList<MenuItem> connected = trayMenu();
-    QCOMPARE(connected.size(), 5);
-    QCOMPARE(connected.at(3).label, QStringLiteral("Disconnect"));
-    QVERIFY(connected.at(3).enabled);
-    clickTray(connected.at(3));
-    QTRY_COMPARE_WITH_TIMEOUT(connectItem().label, QStringLiteral("Connect %1").arg(Location), 20000);
-    QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 10000);
-    QVERIFY(!pings(tunnelServer));
-
-    quit();
+    if (terminated) {
+        QCOMPARE(::kill(pid_t(m_program.processId()), SIGTERM), 0);
+        QVERIFY(m_program.waitForFinished(15000));
+        QCOMPARE(m_program.exitStatus(), QProcess::NormalExit);
+    } else {
+        const QList<MenuItem> connected = trayMenu();
+        QCOMPARE(connected.size(), 5);
+        QCOMPARE(connected.at(3).label, QStringLiteral("Disconnect"));
+        QVERIFY(connected.at(3).enabled);
+        clickTray(connected.at(3));
+        QTRY_COMPARE_WITH_TIMEOUT(connectItem().label, QStringLiteral("Connect %1").arg(Location), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 10000);
+        QVERIFY(!pings(tunnelServer));
+        quit();
+    }
     if (QTest::currentTestFailed())
         return;
 
