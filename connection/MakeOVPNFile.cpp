@@ -1,5 +1,13 @@
 #include "MakeOVPNFile.h"
 
+#include <QCoreApplication>
+#include <QDebug>
+#include <QDir>
+#include <QRegularExpression>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 // The template is text up to its first zero byte.
@@ -11,6 +19,23 @@ QString templateText(const QByteArray& config)
 } // namespace
 
 MakeOVPNFile::MakeOVPNFile() = default;
+
+void MakeOVPNFile::removeLeftovers()
+{
+    // QTemporaryFile's own names: the application's name, a dot and six characters.
+    const QRegularExpression name(QRegularExpression::anchoredPattern(
+        QRegularExpression::escape(QCoreApplication::applicationName()) + QStringLiteral("\\.[A-Za-z0-9]{6}")));
+    const QDir temp(QDir::tempPath());
+    for (const QString& entry : temp.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
+        struct stat info;
+        const QByteArray path = QFile::encodeName(temp.filePath(entry));
+        if (name.match(entry).hasMatch() && ::lstat(path.constData(), &info) == 0 && S_ISREG(info.st_mode)
+            && info.st_uid == ::getuid()) {
+            qDebug() << "Removing a configuration left by an earlier run:" << entry;
+            ::unlink(path.constData());
+        }
+    }
+}
 
 bool MakeOVPNFile::generate(const ConfigServer& server)
 {

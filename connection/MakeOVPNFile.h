@@ -24,6 +24,10 @@ public:
     // Removes the file, which holds the private key; the next generation makes a new one under a
     // fresh name (never the old name again, which anyone could have put a link at meanwhile).
     void discard();
+    // Removes the files a run that crashed left behind: regular files of this user named as these
+    // temporary files are, in the temporary directory. Only one instance runs per user, so at its
+    // start none of them is in use.
+    static void removeLeftovers();
 
     // Extra per-server lines appended at the end of the file; none on this platform.
     QByteArray dnsEnvConfig(QString ip);

@@ -91,6 +91,9 @@ ConnectWindow::ConnectWindow(ConnectHost* host, QWidget* parent)
     m_autoConnectPending
         = QSettings().value(Keys::ConnectOnStart, QStringLiteral("false")).toString() == QLatin1String("true");
     m_stunnel.reset(new StunnelManager());
+    // What a run that crashed left: its stunnel, and its configuration with the private key.
+    m_stunnel->killProcess();
+    MakeOVPNFile::removeLeftovers();
     m_firewall.killConnect = setting(Keys::KillConnect).toBool();
     m_firewall.ipv6Block = setting(Keys::IPv6LeakProtect).toBool();
     m_firewall.allowLocalIp = setting(Keys::AllowLocalDevices).toBool();

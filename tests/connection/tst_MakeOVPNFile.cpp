@@ -91,6 +91,15 @@ private slots:
         QVERIFY(!QFile::exists(firstPath));
         QVERIFY(file.generate(server("udp")));
         QVERIFY(file.configFileName != firstPath && QFile::exists(file.configFileName));
+        // At the next start, a crashed run's file goes; a file of another name stays.
+        file.setAutoRemove(false);
+        const QString left = file.configFileName;
+        file.close();
+        const QString other = QDir::temp().filePath(QCoreApplication::applicationName() + QStringLiteral(".notes.txt"));
+        QVERIFY(QFile(other).open(QIODevice::WriteOnly));
+        MakeOVPNFile::removeLeftovers();
+        QVERIFY(!QFile::exists(left));
+        QVERIFY(QFile::remove(other));
     }
 };
 
