@@ -9,6 +9,7 @@ Connection::Connection(QObject* parent)
     , connector(new OpenVPNConnectorQt(OpenVPNConnectorQt::Parameters {serviceConnector}))
 {
     QObject::connect(connector, &OpenVPNConnectorQt::connected, this, &Connection::onOvpnConnected);
+    QObject::connect(connector, &OpenVPNConnectorQt::reconnecting, this, &Connection::reconnecting);
     QObject::connect(connector, &OpenVPNConnectorQt::disconnected, this, &Connection::onOvpnDisconnected);
     QObject::connect(connector, &OpenVPNConnectorQt::error, this, &Connection::onOvpnError);
     QObject::connect(connector, &OpenVPNConnectorQt::statisticsUpdated, this, &Connection::onStatisticsUpdate);

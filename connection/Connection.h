@@ -39,6 +39,8 @@ public:
 
 signals:
     void connected();
+    // OpenVPN lost the tunnel and is setting it up again; connected() follows once it is back.
+    void reconnecting();
     void disconnected(bool);
     void error(QString);
     // Received and sent bytes in the last interval, then the totals.

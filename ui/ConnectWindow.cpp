@@ -79,6 +79,11 @@ ConnectWindow::ConnectWindow(ConnectHost* host, QWidget* parent)
     connect(ui.btnSelectLocation, &QPushButton::clicked, this, &ConnectWindow::onSelectLocation);
     connect(&m_connection, &Connection::connected, this, &ConnectWindow::onConnected);
     connect(&m_connection, &Connection::disconnected, this, &ConnectWindow::onDisconnected);
+    connect(&m_connection, &Connection::reconnecting, this, [this] {
+        // The tunnel is gone for now: say so, and show no stale rates, until it is back.
+        if (m_state == Connected && m_shownState == Connected)
+            setUiState(Reestablishing);
+    });
     connect(&m_connection, &Connection::error, this, &ConnectWindow::onConnectionError);
     connect(&m_connection, &Connection::logUpdate, this, &ConnectWindow::onConnectionUpdateLog);
     connect(&m_connection, &Connection::statisticsChanged, this, &ConnectWindow::onStatisticsChanged);
@@ -165,6 +170,7 @@ void ConnectWindow::setUiState(int state)
         m_host->setTrayStatusDisconnected(true);
         break;
     case Connecting:
+    case Reestablishing:
         ui.btnConnect->setIcon(QIcon(QStringLiteral(":/resources/connect-orange.svg")));
         ui.btnSelectLocation->setIcon(QIcon(QStringLiteral(":/resources/location-info.svg")));
         ui.btnSelectLocation->setIconSize(LocationIconSize);
@@ -202,6 +208,9 @@ void ConnectWindow::applyStateTexts()
     } else if (m_shownState == Connecting) {
         ui.btnSelectLocation->setText(tr("Show connection"));
         ui.lbStatus->setText(tr("Connecting..."));
+    } else if (m_shownState == Reestablishing) {
+        ui.btnSelectLocation->setText(tr("Show connection"));
+        ui.lbStatus->setText(tr("Re-establishing the connection..."));
     } else {
         ui.btnSelectLocation->setText(tr("Select VPN Location"));
         ui.lbStatus->setText(tr("Not connected"));
@@ -400,9 +409,13 @@ void ConnectWindow::onConnected()
 {
     m_tunnelUp = true;
     // OpenVPN echoes each state change in a log line before the state line itself, so the facade
-    // reports one connection twice; the second report changes nothing.
-    if (m_state == Connected)
+    // reports one connection twice; the second report changes nothing, unless the tunnel was
+    // being set up again meanwhile.
+    if (m_state == Connected) {
+        if (m_shownState == Reestablishing)
+            setUiState(Connected);
         return;
+    }
     setState(Connected);
     m_attempts = 0;
     m_receivedTotal = 0;

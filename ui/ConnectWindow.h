@@ -39,6 +39,8 @@ public:
         Generating = 3,
         ConfigReady = 4,
         Ending = 5,
+        // Shown only: connected, while OpenVPN sets a lost tunnel up again.
+        Reestablishing = 6,
     };
 
     // The pause after the first connect steps, so that the page shows "connecting" before the work.

@@ -15,11 +15,11 @@
 #include <algorithm>
 #include <unistd.h>
 
-#include "ApiTestEnvironment.h"
 #include "FakeService.h"
 #include "GetManager.h"
 #include "LocalSettings.h"
 #include "NetworkManager.h"
+#include "TestEnvironment.h"
 
 namespace {
 const int serverCount = 10000;
@@ -139,7 +139,7 @@ QList<QByteArray> runChild(const QString& mode)
 int main(int argc, char** argv)
 {
     const bool child = argc == 3 && qstrcmp(argv[1], "--child") == 0;
-    QScopedPointer<ApiTestEnvironment> environment(child ? nullptr : new ApiTestEnvironment);
+    QScopedPointer<TestEnvironment> environment(child ? nullptr : new TestEnvironment);
     QCoreApplication app(argc, argv);
     app.setOrganizationName(QStringLiteral("QOLV"));
     app.setApplicationName(QStringLiteral("Tavrin"));

@@ -134,7 +134,6 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "fake helper daemon did not start\n");
         return 1;
     }
-    daemon.exportPort();
 
     // Sign in once here so that the settings file holds the remembered user and the cached account.
     {

@@ -80,7 +80,6 @@ int main(int argc, char* argv[])
         out << "bench_connect: cannot start the fake helper daemon\n";
         return 1;
     }
-    daemon.exportPort();
     daemon.setManagementScript(quickDialogue());
     LocalSettings::instance()->setValue(Keys::OvpnProtocol, QStringLiteral("udp"));
     LocalSettings::instance()->setValue(Keys::KillConnect, true);

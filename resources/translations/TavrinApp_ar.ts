@@ -47,20 +47,26 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+197"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
         <source>Connected</source>
         <translation>متصل</translation>
     </message>
     <message>
         <location line="-1"/>
         <location line="+4"/>
+        <location line="+3"/>
         <source>Show connection</source>
         <translation>عرض الاتصال</translation>
     </message>
     <message>
-        <location line="+1"/>
+        <location line="-2"/>
         <source>Connecting...</source>
         <translation>جارٍ الاتصال...</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection...</source>
+        <translation>جارٍ إعادة إنشاء الاتصال...</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -103,7 +109,7 @@
         <translation>خطأ في تحميل المفتاح.</translation>
     </message>
     <message>
-        <location line="+92"/>
+        <location line="+98"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>تغيير المنطقة الزمنية غير مدعوم على نظامك.</translation>
     </message>
@@ -113,7 +119,7 @@
         <translation>جدار الحماية غير مدعوم على نظامك.</translation>
     </message>
     <message>
-        <location line="+61"/>
+        <location line="+63"/>
         <source>Timezone is not changed because of no data.</source>
         <translation>لم تُغيَّر المنطقة الزمنية لعدم توفر البيانات.</translation>
     </message>
@@ -441,7 +447,7 @@ Disconnect and logout?</source>
 <context>
     <name>SubscriptionPurchaseWindow</name>
     <message>
-        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+69"/>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+70"/>
         <source>Account</source>
         <translation>الحساب</translation>
     </message>

@@ -47,20 +47,26 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+197"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
         <source>Connected</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
         <location line="-1"/>
         <location line="+4"/>
+        <location line="+3"/>
         <source>Show connection</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+1"/>
+        <location line="-2"/>
         <source>Connecting...</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection...</source>
+        <translation>Re-establishing the connection...</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -103,7 +109,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+92"/>
+        <location line="+98"/>
         <source>Timezone changes does not support on your system.</source>
         <translation type="unfinished"></translation>
     </message>
@@ -113,7 +119,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <location line="+61"/>
+        <location line="+63"/>
         <source>Timezone is not changed because of no data.</source>
         <translation type="unfinished"></translation>
     </message>
@@ -440,7 +446,7 @@ Disconnect and logout?</source>
 <context>
     <name>SubscriptionPurchaseWindow</name>
     <message>
-        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+69"/>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+70"/>
         <source>Account</source>
         <translation type="unfinished"></translation>
     </message>

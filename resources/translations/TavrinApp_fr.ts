@@ -47,20 +47,26 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+197"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
         <source>Connected</source>
         <translation>Connecté</translation>
     </message>
     <message>
         <location line="-1"/>
         <location line="+4"/>
+        <location line="+3"/>
         <source>Show connection</source>
         <translation>Afficher la connexion</translation>
     </message>
     <message>
-        <location line="+1"/>
+        <location line="-2"/>
         <source>Connecting...</source>
         <translation>Connexion...</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection...</source>
+        <translation>Rétablissement de la connexion...</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -103,7 +109,7 @@
         <translation>Erreur de chargement de la clé.</translation>
     </message>
     <message>
-        <location line="+92"/>
+        <location line="+98"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Le changement de fuseau horaire n&apos;est pas pris en charge sur votre système.</translation>
     </message>
@@ -113,7 +119,7 @@
         <translation>Le pare-feu n&apos;est pas pris en charge sur votre système.</translation>
     </message>
     <message>
-        <location line="+61"/>
+        <location line="+63"/>
         <source>Timezone is not changed because of no data.</source>
         <translation>Le fuseau horaire n&apos;a pas été changé faute de données.</translation>
     </message>
@@ -441,7 +447,7 @@ Se déconnecter du VPN et du compte ?</translation>
 <context>
     <name>SubscriptionPurchaseWindow</name>
     <message>
-        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+69"/>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+70"/>
         <source>Account</source>
         <translation>Compte</translation>
     </message>

@@ -47,20 +47,26 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+197"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
         <source>Connected</source>
         <translation>कनेक्ट है</translation>
     </message>
     <message>
         <location line="-1"/>
         <location line="+4"/>
+        <location line="+3"/>
         <source>Show connection</source>
         <translation>कनेक्शन दिखाएँ</translation>
     </message>
     <message>
-        <location line="+1"/>
+        <location line="-2"/>
         <source>Connecting...</source>
         <translation>कनेक्ट हो रहा है...</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection...</source>
+        <translation>कनेक्शन फिर से स्थापित किया जा रहा है...</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -103,7 +109,7 @@
         <translation>कुंजी लोड करने में त्रुटि।</translation>
     </message>
     <message>
-        <location line="+92"/>
+        <location line="+98"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>आपके सिस्टम पर समय क्षेत्र बदलना समर्थित नहीं है।</translation>
     </message>
@@ -113,7 +119,7 @@
         <translation>आपके सिस्टम पर फ़ायरवॉल समर्थित नहीं है।</translation>
     </message>
     <message>
-        <location line="+61"/>
+        <location line="+63"/>
         <source>Timezone is not changed because of no data.</source>
         <translation>डेटा न होने के कारण समय क्षेत्र नहीं बदला गया।</translation>
     </message>
@@ -441,7 +447,7 @@ Disconnect and logout?</source>
 <context>
     <name>SubscriptionPurchaseWindow</name>
     <message>
-        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+69"/>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+70"/>
         <source>Account</source>
         <translation>खाता</translation>
     </message>

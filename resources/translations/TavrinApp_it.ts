@@ -47,20 +47,26 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+197"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
         <source>Connected</source>
         <translation>Connesso</translation>
     </message>
     <message>
         <location line="-1"/>
         <location line="+4"/>
+        <location line="+3"/>
         <source>Show connection</source>
         <translation>Mostra connessione</translation>
     </message>
     <message>
-        <location line="+1"/>
+        <location line="-2"/>
         <source>Connecting...</source>
         <translation>Connessione...</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection...</source>
+        <translation>Ripristino della connessione...</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -103,7 +109,7 @@
         <translation>Errore durante il caricamento della chiave.</translation>
     </message>
     <message>
-        <location line="+92"/>
+        <location line="+98"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Il cambio di fuso orario non è supportato dal sistema.</translation>
     </message>
@@ -113,7 +119,7 @@
         <translation>Il firewall non è supportato dal sistema.</translation>
     </message>
     <message>
-        <location line="+61"/>
+        <location line="+63"/>
         <source>Timezone is not changed because of no data.</source>
         <translation>Il fuso orario non è stato cambiato per mancanza di dati.</translation>
     </message>
@@ -441,7 +447,7 @@ Disconnettere ed uscire dall&apos;account?</translation>
 <context>
     <name>SubscriptionPurchaseWindow</name>
     <message>
-        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+69"/>
+        <location filename="../../ui/SubscriptionPurchaseWindow.cpp" line="+70"/>
         <source>Account</source>
         <translation>Account</translation>
     </message>

@@ -2,14 +2,41 @@
 
 #include <QDomDocument>
 
-#include "AccountDocuments.h"
-#include "ApiTestEnvironment.h"
-#include "FakeAnswers.h"
 #include "FakeService.h"
 #include "LocalSettings.h"
 #include "NetworkManager.h"
+#include "TestEnvironment.h"
 
-using namespace AccountDocuments;
+// Small builders for hand-made service answers: Base64 payloads as the service sends them.
+namespace {
+
+QByteArray b64(const QString& text)
+{
+    return text.toUtf8().toBase64();
+}
+
+QByteArray document(const QByteArray& children)
+{
+    return "<?xml version=\"1.0\"?><response>" + children + "</response>";
+}
+
+QByteArray element(const char* tag, const QString& text)
+{
+    return QByteArray("<") + tag + '>' + b64(text) + "</" + tag + '>';
+}
+
+QByteArray file(const QString& user, const QString& pass, const QString& exp)
+{
+    return "<file user=\"" + b64(user) + "\" pass=\"" + b64(pass) + "\" exp=\"" + b64(exp) + "\"/>";
+}
+
+QByteArray vpn(const QString& name, const QString& user, const QByteArray& extra = QByteArray())
+{
+    return "<vpn name=\"" + b64(name) + "\" ip=\"" + b64(QStringLiteral("192.0.2.1")) + "\" user=\"" + b64(user) + "\" "
+        + extra + "/>";
+}
+
+} // namespace
 
 // The service client against the fake service over real HTTPS on loopback.
 class TestNetworkManager : public QObject
@@ -40,13 +67,7 @@ class TestNetworkManager : public QObject
     }
 
 private slots:
-    void initTestCase()
-    {
-        QString error;
-        QVERIFY2(m_service.start(0, &error), qPrintable(error));
-        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
-        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
-    }
+    void initTestCase() { useFakeService(m_service); }
 
     void init()
     {

@@ -1,9 +1,9 @@
 #include <QtTest>
 
-#include "ApiTestEnvironment.h"
 #include "FakeService.h"
 #include "LocalSettings.h"
 #include "NetworkManager.h"
+#include "TestEnvironment.h"
 
 using CacheMap = QMap<QString, QByteArray>;
 
@@ -53,13 +53,7 @@ class TestOfflineCache : public QObject
     }
 
 private slots:
-    void initTestCase()
-    {
-        QString error;
-        QVERIFY2(m_service.start(0, &error), qPrintable(error));
-        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
-        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
-    }
+    void initTestCase() { useFakeService(m_service); }
 
     void init()
     {

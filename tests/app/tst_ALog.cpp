@@ -4,18 +4,9 @@
 #include <QThread>
 
 #include "ALog.h"
+#include "TestEnvironment.h"
 
 Q_DECLARE_METATYPE(QtMsgType)
-
-namespace {
-bool ownerOnly(const QString& path)
-{
-    const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
-        | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
-    const QFileDevice::Permissions permissions = QFile::permissions(path);
-    return (permissions & QFileDevice::ReadOwner) && !(permissions & others);
-}
-} // namespace
 
 class TestALog : public QObject
 {

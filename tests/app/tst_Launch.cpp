@@ -1,10 +1,16 @@
 #include <QtTest>
 
+#include <QLocalSocket>
 #include <QTemporaryDir>
+
+#include "LocalPeer.h"
+#include "StyleChoice.h"
+#include "TestEnvironment.h"
 
 #include <csignal>
 
-// Runs the built program as a user would, in a home of its own.
+// The program's start: the built program run as a user would, in a home of its own, and the parts of its start
+// that a run cannot show.
 class TestLaunch : public QObject
 {
     Q_OBJECT
@@ -70,6 +76,38 @@ private slots:
         QVERIFY(process->readAllStandardError().contains("Unknown option 'no-such-option'"));
     }
 
+    // The wake-up message to the running instance: a length far beyond the cap must neither be waited for nor
+    // allocated.
+    void oversizedMessageIsDropped()
+    {
+        QTemporaryDir runtime;
+        QFile::setPermissions(runtime.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());
+        LocalPeer owner(QStringLiteral("PeerBig"));
+        QVERIFY(!owner.isClient());
+        QSignalSpy received(&owner, &LocalPeer::messageReceived);
+        QLocalSocket socket;
+        socket.connectToServer(owner.socketName());
+        QVERIFY(socket.waitForConnected(1000));
+        socket.write(QByteArray("\xff\xff\xff\xff", 4) + QByteArray(100, 'x'));
+        QTRY_COMPARE(socket.state(), QLocalSocket::UnconnectedState);
+        QCOMPARE(received.count(), 0);
+    }
+
+    void styleChoice_data()
+    {
+        QTest::addColumn<QStringList>("keys");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("last gtk key wins over Fusion") << QStringList {"GTK+", "Fusion", "gtk3"} << "gtk3";
+        QTest::newRow("Fusion alone") << QStringList {"Windows", "Fusion"} << "Fusion";
+        QTest::newRow("lower-case fusion sets nothing") << QStringList {"Windows", "fusion"} << QString();
+    }
+    void styleChoice()
+    {
+        QFETCH(QStringList, keys);
+        QTEST(chooseStyleName(keys), "expected");
+    }
+
 private:
     QProcess* start(const QStringList& arguments)
     {
@@ -88,11 +126,7 @@ private:
         return process;
     }
 
-    QByteArray log() const
-    {
-        QFile file(m_home->path() + QStringLiteral("/.local/share/QOLV/Tavrin/log.txt"));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray log() const { return readFile(m_home->path() + QStringLiteral("/.local/share/QOLV/Tavrin/log.txt")); }
 
     QScopedPointer<QTemporaryDir> m_home;
     QList<QProcess*> m_processes;

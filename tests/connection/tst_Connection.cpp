@@ -23,7 +23,6 @@ private slots:
     {
         m_daemon.reset(new FakeHelperDaemon);
         QVERIFY(m_daemon->start());
-        m_daemon->exportPort();
     }
     void cleanup() { m_daemon.reset(); }
 

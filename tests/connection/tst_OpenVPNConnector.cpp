@@ -55,7 +55,6 @@ private slots:
     {
         m_daemon.reset(new FakeHelperDaemon);
         QVERIFY(m_daemon->start());
-        m_daemon->exportPort();
         m_connector.reset(new OpenVPNConnectorQt({QSharedPointer<ServiceConnector>::create()}));
         m_recorder.reset(new Recorder(m_connector.data()));
     }

@@ -41,8 +41,7 @@ public:
     SignalStorm()
         : m_target(pthread_self())
     {
-        struct sigaction action
-        { };
+        struct sigaction action = {};
         action.sa_handler = [](int) {
         };
         sigaction(SIGUSR1, &action, &m_previous);
@@ -62,8 +61,7 @@ public:
 
 private:
     pthread_t m_target;
-    struct sigaction m_previous
-    { };
+    struct sigaction m_previous = {};
     std::atomic<bool> m_stop {false};
     std::thread m_thread;
 };
@@ -82,7 +80,6 @@ private slots:
     {
         m_daemon.reset(new FakeHelperDaemon);
         QVERIFY(m_daemon->start());
-        m_daemon->exportPort();
     }
     void cleanup() { m_daemon.reset(); }
 

@@ -1,6 +1,7 @@
 #include <QtTest>
 
 #include "StunnelManager.h"
+#include "TestEnvironment.h"
 
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -18,15 +19,9 @@ bool accepts(int port)
     return socket.waitForConnected(500);
 }
 
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 int pidFromFile()
 {
-    return contents(PidFile).trimmed().toInt();
+    return readFile(PidFile).trimmed().toInt();
 }
 
 bool alive(int pid)
@@ -60,7 +55,7 @@ private slots:
     {
         StunnelManager manager;
         QVERIFY(manager.makeConfigFile(QStringLiteral("198.51.100.7"), 8443, QString()));
-        QCOMPARE(contents(manager.configFilePath()),
+        QCOMPARE(readFile(manager.configFilePath()),
                  QStringLiteral("sslVersion = all\r\nsocket = l:TCP_NODELAY=1\r\nsocket = r:TCP_NODELAY=1\r\n"
                                 "pid =/tmp/tavrin-stunnel.pid\r\n[openvpn]\r\nclient = yes\r\nsni = \r\n"
                                 "accept = 127.0.0.1:%1\r\nconnect = 198.51.100.7:8443\r\n")

@@ -25,7 +25,8 @@ void addRow(const char* name, const T&... values)
 }
 
 // Builds a server list from blank-separated entries "[login/]name:type:ping[*]", "*" marking a
-// favourite, e.g. "DE-Berlin:1:30* FR-Paris:2"; the login is "vpn1" unless given.
+// favourite, e.g. "DE-Berlin:1:30* FR-Paris:2"; the login is "vpn1" unless given. Each server has
+// ports for every protocol.
 inline QVector<ServerInfo> serversFromText(const QString& entries)
 {
     QVector<ServerInfo> list;
@@ -42,6 +43,9 @@ inline QVector<ServerInfo> serversFromText(const QString& entries)
         server.type = ServerInfo::ServerType(parts.value(1, QStringLiteral("1")).toInt());
         server.ping = parts.value(2).toInt();
         server.protocol = OpenVpnUdp;
+        server.tcpPorts = QStringList {QStringLiteral("80")};
+        server.udpPorts = QStringList {QStringLiteral("1194")};
+        server.sslPort = 443;
         list.append(server);
     }
     return list;

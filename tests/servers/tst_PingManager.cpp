@@ -1,6 +1,7 @@
 #include <QtTest>
 
 #include "PingManager.h"
+#include "TestEnvironment.h"
 
 #if defined(__SANITIZE_THREAD__)
 #define TAVRIN_UNDER_TSAN 1
@@ -44,11 +45,7 @@ class TestPingManager : public QObject
         qputenv("PATH", QFile::encodeName(m_dir.filePath(QStringLiteral("bin"))) + ":/usr/bin:/bin");
     }
 
-    int runs() const
-    {
-        QFile file(m_dir.filePath(QStringLiteral("runs.txt")));
-        return file.open(QIODevice::ReadOnly) ? file.readAll().count('\n') : 0;
-    }
+    int runs() const { return readFile(m_dir.filePath(QStringLiteral("runs.txt"))).count('\n'); }
 
     // Lets every job of the pass end, then delivers their queued results.
     static void settle(PingManager& manager)

@@ -1,5 +1,6 @@
 #include <QDesktopServices>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
@@ -8,12 +9,13 @@
 #include "CustomMessageBox.h"
 #include "FakeService.h"
 #include "LocalSettings.h"
+#include "LoginWindow.h"
 #include "NetworkManager.h"
-#include "PageTestEnvironment.h"
 #include "SubscriptionPurchaseWindow.h"
+#include "TestEnvironment.h"
 
-// Signs in against the fake service, then drives the account and purchase pages. Opened links are caught by a
-// URL handler, so no browser starts.
+// The sign-in page; then, signed in against the fake service, the account and purchase pages. Opened links are
+// caught by a URL handler, so no browser starts.
 class TestAccountPages : public QObject
 {
     Q_OBJECT
@@ -24,9 +26,7 @@ public slots:
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_service.start());
-        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
-        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
+        useFakeService(m_service);
         qputenv("TAVRIN_SITE_URL", m_service.baseUrl().toUtf8());
         QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "openUrl");
     }
@@ -36,6 +36,35 @@ private slots:
         m_opened.clear();
         m_service.reset();
         m_service.setFixture(FakeFixture::demo());
+    }
+    void cleanup()
+    {
+        CustomMessageBox::clearAnswers();
+        while (QGuiApplication::overrideCursor())
+            QGuiApplication::restoreOverrideCursor();
+    }
+
+    // Return in the user name moves on to the password; Return there signs in, blanks sent as typed.
+    void signInWithReturn()
+    {
+        const QString login = QStringLiteral(" user@example.org ");
+        const QString password = QStringLiteral("   ");
+        LoginWindow page;
+        page.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&page));
+        QSignalSpy signedIn(&page, &LoginWindow::signedIn);
+        page.loginEdit()->setFocus();
+        QTest::keyClicks(page.loginEdit(), login);
+        QTest::keyClick(page.loginEdit(), Qt::Key_Return);
+        QVERIFY(page.passwordEdit()->hasFocus());
+        QCOMPARE(signedIn.count(), 0);
+        QTest::keyClicks(page.passwordEdit(), password);
+        QTest::keyClick(page.passwordEdit(), Qt::Key_Return);
+        QCOMPARE(signedIn.count(), 1);
+        QCOMPARE(signedIn.first(), QVariantList({login, password}));
+        QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+        page.restoreCursor();
+        QVERIFY(!QGuiApplication::overrideCursor());
     }
 
     void loginAndExpiry_data()
@@ -57,8 +86,7 @@ private slots:
         // Servers of logins the account does not have would add those logins to the client's list.
         for (FakeServer& server : fixture.servers)
             server.user = logins == 1 ? stored : server.user;
-        signIn();
-        LocalSettings::instance()->setValue(Keys::VpnLogin, stored);
+        signIn(stored);
         AccountWindow page;
         QSignalSpy changed(&page, &AccountWindow::accountChanged);
         page.show();
@@ -90,7 +118,6 @@ private slots:
         QFETCH(bool, visibleAtAnswer);
         QFETCH(QString, loginSent);
         signIn();
-        LocalSettings::instance()->setValue(Keys::VpnLogin, QStringLiteral("vpn-demo1"));
         AccountWindow account;
         SubscriptionPurchaseWindow purchase;
         QWidget* page = button == QLatin1String("purchase") ? static_cast<QWidget*>(&purchase) : &account;
@@ -125,7 +152,6 @@ private slots:
     void unverifiedServiceIsNamed()
     {
         signIn();
-        LocalSettings::instance()->setValue(Keys::VpnLogin, QStringLiteral("vpn-demo1"));
         AccountWindow page;
         page.show();
         QVERIFY(QTest::qWaitForWindowExposed(&page));
@@ -143,7 +169,8 @@ private slots:
     }
 
 private:
-    void signIn()
+    // Signs in and picks the VPN login the pages show.
+    void signIn(const QString& vpnLogin = QStringLiteral("vpn-demo1"))
     {
         NetworkManager::resetInstance();
         QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
@@ -151,6 +178,7 @@ private:
         QVERIFY(auth.wait(10000));
         QCOMPARE(auth.first().first().value<NetworkManager::ApiError>(), NetworkManager::Success);
         m_service.reset();
+        LocalSettings::instance()->setValue(Keys::VpnLogin, vpnLogin);
     }
 
     FakeService m_service;

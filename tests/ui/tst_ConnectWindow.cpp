@@ -6,7 +6,7 @@
 #include "FakeHelperDaemon.h"
 #include "FakeService.h"
 #include "LocalSettings.h"
-#include "PageTestEnvironment.h"
+#include "TestEnvironment.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -16,21 +16,12 @@
 
 namespace {
 
+// A standard server of login alice, in the offline cache's text form (name;flag;title;ip;favourite;login;password;
+// tcp ports;udp ports;protocol;stealth port;type;SNI), usable with every protocol.
 ServerInfo server(const QString& name, const QString& ip)
 {
-    ServerInfo s;
-    s.name = s.title = name;
-    s.flag = QStringLiteral("de");
-    s.ip = ip;
-    s.user = QStringLiteral("alice");
-    s.password = QStringLiteral("secret");
-    s.udpPorts = QStringList {QStringLiteral("1194")};
-    s.tcpPorts = QStringList {QStringLiteral("443")};
-    s.sslPort = 8443;
-    s.sni = QStringLiteral("cdn.example");
-    s.type = ServerInfo::Standart;
-    s.protocol = OpenVpnUdp;
-    return s;
+    return ServerInfo(QStringLiteral("%1;de;%1;%2;0;alice;secret;443;1194;%3;8443;%4;cdn.example")
+                          .arg(name, ip, QString::number(OpenVpnUdp), QString::number(ServerInfo::Standart)));
 }
 
 // Two locations share one address: the allow list must name it once.
@@ -49,10 +40,7 @@ void setSetting(const QString& key, const QVariant& value)
 // The stunnel of the page is alive: its pid file names a running process.
 bool stunnelRunning()
 {
-    QFile file(QStringLiteral("/tmp/tavrin-stunnel.pid"));
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    const int pid = file.readLine().trimmed().toInt();
+    const int pid = readFile(QStringLiteral("/tmp/tavrin-stunnel.pid")).trimmed().toInt();
     return pid > 0 && ::kill(pid, 0) == 0;
 }
 
@@ -98,13 +86,7 @@ private:
     QVector<CustomMessageBox::Message> messages() const { return CustomMessageBox::answeredMessages(); }
 
 private slots:
-    void initTestCase()
-    {
-        QString error;
-        QVERIFY2(m_service.start(0, &error), qPrintable(error));
-        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
-        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
-    }
+    void initTestCase() { useFakeService(m_service); }
 
     void init()
     {
@@ -115,7 +97,6 @@ private slots:
         CustomMessageBox::clearAnswers();
         m_daemon.reset(new FakeHelperDaemon);
         QVERIFY(m_daemon->start());
-        m_daemon->exportPort();
         m_host.reset(new ConnectTestHost);
         m_host->config = "client\ndev tun\n#udp proto udp\n#tcp proto tcp-client\nnobind\n";
         m_host->cert = "-----BEGIN CERTIFICATE-----\nMIIB\n-----END CERTIFICATE-----\n";
@@ -239,6 +220,23 @@ private slots:
         QVERIFY(requestsOf(HelperWire::RunOpenVpnWithConfig).isEmpty());
     }
 
+    // While OpenVPN sets a lost tunnel up again the page says so, without stale rates, until it is back.
+    void showsTheTunnelBeingSetUpAgain()
+    {
+        m_daemon->setManagementScript(
+            ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/real-reconnect.txt")));
+        setSetting(Keys::OvpnProtocol, QStringLiteral("udp"));
+        makePage();
+        QTest::mouseClick(m_page->findChild<QPushButton*>("btnConnect"), Qt::LeftButton);
+        const QLabel* status = m_page->findChild<QLabel*>("lbStatus");
+        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Re-establishing the connection..."), 15000);
+        QVERIFY(m_page->findChild<QLabel*>("lbRates")->isHidden());
+        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Connected"), 5000);
+        QVERIFY(!m_page->findChild<QLabel*>("lbRates")->isHidden());
+        m_page->onClickConnect();
+        QTRY_COMPARE_WITH_TIMEOUT(m_page->state(), int(ConnectWindow::Idle), 15000);
+    }
+
     void thirdErrorShowsMessageOnce_data()
     {
         QTest::addColumn<QString>("script");
@@ -329,32 +327,24 @@ private slots:
     void protocolTheServerLacks_data()
     {
         QTest::addColumn<QString>("protocol");
-        QTest::addColumn<QString>("strip");
-        QTest::addColumn<bool>("kept");
-        QTest::newRow("udp on a server without udp ports") << "udp"
-                                                           << "udp" << false;
-        QTest::newRow("stealth on a server without a stealth port") << "stealth"
-                                                                    << "ssl" << false;
+        QTest::newRow("udp on a server without udp ports") << "udp";
+        QTest::newRow("stealth on a server without a stealth port") << "stealth";
     }
     void protocolTheServerLacks()
     {
         QFETCH(QString, protocol);
-        QFETCH(QString, strip);
-        QFETCH(bool, kept);
         QVector<ServerInfo> servers = catalogue();
-        if (strip == QLatin1String("udp"))
+        if (protocol == QLatin1String("udp"))
             servers[0].udpPorts.clear();
-        else if (strip == QLatin1String("tcp"))
-            servers[0].tcpPorts.clear();
         else
             servers[0].sslPort = 0;
         makePage(servers);
         setSetting(Keys::OvpnProtocol, protocol);
         m_page->loadSettings();
-        QCOMPARE(!m_page->currentServer().ip.isEmpty(), kept);
-        QCOMPARE(m_page->findChild<QLabel*>("lbLocation")->text(), kept ? QStringLiteral("Frankfurt") : QString());
-        QCOMPARE(LocalSettings::instance()->value(Keys::LastLocation).toString(),
-                 kept ? QStringLiteral("alice::Frankfurt") : QString());
+        // The location is dropped, not kept for a connection that cannot be made.
+        QVERIFY(m_page->currentServer().ip.isEmpty());
+        QCOMPARE(m_page->findChild<QLabel*>("lbLocation")->text(), QString());
+        QCOMPARE(LocalSettings::instance()->value(Keys::LastLocation).toString(), QString());
     }
 };
 

@@ -12,11 +12,11 @@
 #include "LoginWindow.h"
 #include "MainWindow.h"
 #include "NetworkManager.h"
-#include "PageTestEnvironment.h"
 #include "SelectionAccountWindow.h"
 #include "ServerListWindow.h"
 #include "SubscriptionPurchaseWindow.h"
 #include "SystemTray.h"
+#include "TestEnvironment.h"
 
 #include <QRadioButton>
 #include <QScopeGuard>
@@ -38,19 +38,6 @@ QStringList messageTexts()
     for (const CustomMessageBox::Message& message : CustomMessageBox::answeredMessages())
         texts << message.text;
     return texts;
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool ownerOnly(const QString& path)
-{
-    const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
-        | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
-    return !(QFile::permissions(path) & others);
 }
 
 } // namespace
@@ -88,6 +75,14 @@ private:
             server.user = fixture.logins.first().user;
     }
 
+    // With one VPN login a sign-in by hand goes straight to the connect page.
+    void signInWithOneLogin()
+    {
+        useOneLogin();
+        makeWindow();
+        QCOMPARE(signInAs(), NetworkManager::Success);
+    }
+
     int accountRequests() const
     {
         return int(std::count_if(m_service.requests().cbegin(), m_service.requests().cend(), [](const QUrl& url) {
@@ -98,10 +93,7 @@ private:
 private slots:
     void initTestCase()
     {
-        QString error;
-        QVERIFY2(m_service.start(0, &error), qPrintable(error));
-        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
-        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
+        useFakeService(m_service);
         MainWindow::serverListRetryMs = 300;
     }
 
@@ -120,7 +112,6 @@ private slots:
         m_service.fixture().upgradeVersion.clear();
         m_daemon.reset(new FakeHelperDaemon);
         QVERIFY(m_daemon->start());
-        m_daemon->exportPort();
         needExit = false;
     }
 
@@ -240,9 +231,7 @@ private slots:
         QVERIFY(impostor.start());
         m_service.fixture().upgradeVersion = QStringLiteral("9.0");
         m_service.fixture().upgradeLink = impostor.baseUrl() + QStringLiteral("/download/update.deb");
-        useOneLogin();
-        makeWindow();
-        QCOMPARE(signInAs(), NetworkManager::Success);
+        signInWithOneLogin();
         CustomMessageBox::setNextAnswer(QMessageBox::Yes);
         CustomMessageBox::setNextAnswer(QMessageBox::Ok);
         m_window->onCheckSoftwareUpdateScheduled();
@@ -250,6 +239,7 @@ private slots:
         QCOMPARE(messageTexts(),
                  (QStringList {QStringLiteral("Available new update. Download it?"),
                                CustomMessageBox::unverifiedServiceText()}));
+        // Not even a request reaches the impostor, so not a byte of its package is written.
         QCOMPARE(impostor.requestCount(), 0);
         QVERIFY(!m_window->progressDialog());
     }
@@ -263,9 +253,7 @@ private slots:
     void cachedStart()
     {
         QFETCH(bool, serviceDown);
-        useOneLogin();
-        makeWindow();
-        QCOMPARE(signInAs(), NetworkManager::Success);
+        signInWithOneLogin();
         m_window.reset();
         NetworkManager::resetInstance();
 
@@ -311,9 +299,7 @@ private slots:
     {
         QFETCH(int, answer);
         QFETCH(bool, loggedOut);
-        useOneLogin();
-        makeWindow();
-        QCOMPARE(signInAs(), NetworkManager::Success);
+        signInWithOneLogin();
         m_window->onAccount();
         QVERIFY(m_window->accountPage()->isVisible());
 
@@ -330,9 +316,7 @@ private slots:
     // A failed server list update is retried until the list arrives.
     void serverListRetry()
     {
-        useOneLogin();
-        makeWindow();
-        QCOMPARE(signInAs(), NetworkManager::Success);
+        signInWithOneLogin();
         const int before = accountRequests();
         QSignalSpy updated(NetworkManager::instance(), &NetworkManager::serverUpdated);
         emit NetworkManager::instance()->serverUpdated(NetworkManager::NetworkFailure, QStringLiteral("timeout"));
@@ -376,9 +360,7 @@ private slots:
     {
         QFETCH(int, answer);
         QFETCH(bool, exits);
-        useOneLogin();
-        makeWindow();
-        QCOMPARE(signInAs(), NetworkManager::Success);
+        signInWithOneLogin();
         m_window->connectPage()->setUiState(ConnectWindow::Connecting);
         m_window->connectPage()->onConnected();
         QCOMPARE(m_window->tray()->currentStatus(), int(SystemTray::Connected));

@@ -23,7 +23,6 @@
 #include "LoginWindow.h"
 #include "MainWindow.h"
 #include "NetworkManager.h"
-#include "PageTestEnvironment.h"
 #include "ProgressDlg.h"
 #include "SearchEdit.h"
 #include "SelectionAccountWindow.h"
@@ -31,6 +30,7 @@
 #include "SettingsWindow.h"
 #include "SubscriptionPurchaseWindow.h"
 #include "SystemTray.h"
+#include "TestEnvironment.h"
 
 namespace {
 
@@ -168,10 +168,7 @@ private slots:
     {
         m_sources = englishSources();
         QVERIFY(m_sources.size() > 50);
-        QString error;
-        QVERIFY2(m_service.start(0, &error), qPrintable(error));
-        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
-        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
+        useFakeService(m_service);
         m_service.setFixture(FakeFixture::demo());
         m_service.fixture().upgradeVersion.clear();
         // Close to the expiry, so that the connect page shows its notice.
@@ -179,7 +176,6 @@ private slots:
             login.exp = QDateTime::currentSecsSinceEpoch() + 3 * 24 * 3600;
         m_daemon.reset(new FakeHelperDaemon);
         QVERIFY(m_daemon->start());
-        m_daemon->exportPort();
         LocalSettings::instance()->createDefaultSettings();
         LocalSettings::instance()->setValue(Keys::Language, QStringLiteral("en"));
 

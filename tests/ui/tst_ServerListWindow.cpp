@@ -6,34 +6,17 @@
 #include "AbstractFilterModel.h"
 #include "AbstractServerModel.h"
 #include "LocalSettings.h"
-#include "PageTestEnvironment.h"
 #include "ServerListWindow.h"
 #include "ServerTreeView.h"
+#include "TestEnvironment.h"
+#include "servers/ServerListFixture.h"
 
 namespace {
-
-ServerInfo server(const QString& name, ServerInfo::ServerType type, const QString& user = QStringLiteral("vpn1"))
-{
-    ServerInfo s;
-    s.name = name;
-    s.user = user;
-    s.flag = QStringLiteral("de");
-    s.type = type;
-    s.tcpPorts = QStringList {QStringLiteral("80")};
-    s.udpPorts = QStringList {QStringLiteral("1194")};
-    s.sslPort = 443;
-    return s;
-}
 
 // Standard servers and two double-hop groups, every one usable with every protocol.
 QVector<ServerInfo> catalogue()
 {
-    return {server(QStringLiteral("Berlin"), ServerInfo::Standart),
-            server(QStringLiteral("Amsterdam"), ServerInfo::Standart),
-            server(QStringLiteral("Paris"), ServerInfo::Standart),
-            server(QStringLiteral("DE-Frankfurt"), ServerInfo::Double),
-            server(QStringLiteral("DE-Munich"), ServerInfo::Double),
-            server(QStringLiteral("FR-Lyon"), ServerInfo::Double)};
+    return serversFromText(QStringLiteral("Berlin Amsterdam Paris DE-Frankfurt:2 DE-Munich:2 FR-Lyon:2"));
 }
 
 QModelIndex findRow(QAbstractItemModel* model, const QString& name, const QModelIndex& parent = QModelIndex())
@@ -87,16 +70,13 @@ private slots:
     {
         QFETCH(int, protocol);
         QFETCH(QStringList, kept);
-        ServerInfo both = server(QStringLiteral("Both"), ServerInfo::Standart);
-        both.sslPort = 0;
-        ServerInfo udp = server(QStringLiteral("UdpOnly"), ServerInfo::Standart);
-        udp.tcpPorts.clear();
-        udp.sslPort = 0;
-        ServerInfo tcp = server(QStringLiteral("TcpOnly"), ServerInfo::Standart);
-        tcp.udpPorts.clear();
-        tcp.sslPort = -1;
-        const ServerInfo all = server(QStringLiteral("All"), ServerInfo::Standart);
-        m_page->setServers({both, udp, tcp, all}, protocol, false);
+        QVector<ServerInfo> servers = serversFromText(QStringLiteral("Both UdpOnly TcpOnly All"));
+        servers[0].sslPort = 0;
+        servers[1].tcpPorts.clear();
+        servers[1].sslPort = 0;
+        servers[2].udpPorts.clear();
+        servers[2].sslPort = -1;
+        m_page->setServers(servers, protocol, false);
         QStringList names;
         for (const ServerInfo& s : m_page->servers()) {
             names << s.name;
@@ -105,7 +85,7 @@ private slots:
         QCOMPARE(names, kept);
         QCOMPARE(m_page->protocol(), protocol);
         // -1 keeps the protocol of the call before.
-        m_page->setServers({both, udp, tcp, all}, -1, false);
+        m_page->setServers(servers, -1, false);
         QCOMPARE(m_page->protocol(), protocol);
     }
 

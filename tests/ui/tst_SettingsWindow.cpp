@@ -5,21 +5,11 @@
 #include <QtTest>
 
 #include "LocalSettings.h"
-#include "PageTestEnvironment.h"
 #include "SettingsWindow.h"
+#include "TestEnvironment.h"
 
 using Protocols = QList<PROTOCOL_TYPE>;
 Q_DECLARE_METATYPE(Protocols)
-
-namespace {
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 class TestSettingsWindow : public QObject
 {

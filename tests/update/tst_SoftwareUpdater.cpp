@@ -1,11 +1,10 @@
 #include <QtTest>
 
-#include "ApiTestEnvironment.h"
-#include "DownloadFile.h"
 #include "FakeAnswers.h"
 #include "FakeService.h"
 #include "NetworkManager.h"
 #include "SoftwareUpdater.h"
+#include "TestEnvironment.h"
 
 Q_DECLARE_METATYPE(FakeService::Fault)
 
@@ -27,10 +26,7 @@ class TestSoftwareUpdater : public QObject
 private slots:
     void initTestCase()
     {
-        QString error;
-        QVERIFY2(m_service.start(0, &error), qPrintable(error));
-        qputenv("TAVRIN_API_URL", m_service.baseUrl().toUtf8());
-        qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
+        useFakeService(m_service);
         QSignalSpy auth(NetworkManager::instance(), &NetworkManager::auth);
         NetworkManager::instance()->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
         QVERIFY(auth.wait(30000));
@@ -117,20 +113,6 @@ private slots:
             QVERIFY(sized ? value >= 0 && value <= 1 : value < 0 || value == 1);
         if (sized)
             QCOMPARE(progress.last(), 1.0f);
-    }
-
-    void unverifiedServerGetsNoByteWritten()
-    {
-        m_service.setCertificate(FakeCertificates::Kind::UnknownAuthority);
-        DownloadFile download(m_service.baseUrl() + QStringLiteral("/download/update.deb"));
-        QSignalSpy finished(&download, &DownloadFile::finished);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^The certificate of 127.0.0.1 ")));
-        download.start(QStringLiteral("update.deb"));
-        QVERIFY(finished.wait(30000));
-        QCOMPARE(finished.at(0).at(0).toBool(), false);
-        QVERIFY(download.isUnverified());
-        QCOMPARE(QFileInfo(download.getFilePath()).size(), 0);
-        QCOMPARE(m_service.requestCount(), 0);
     }
 
     void cancelledDownloadSaysNothing()

@@ -5,10 +5,8 @@
 #include <QRegularExpression>
 #include <QVector>
 
-#include <arpa/inet.h>
 #include <chrono>
 #include <cstring>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -17,18 +15,6 @@ namespace {
 
 constexpr int PollStepMs = 50;
 constexpr int RequestTimeoutMs = 5000;
-
-bool sendAll(int fd, const char* data, std::size_t size)
-{
-    std::size_t sent = 0;
-    while (sent < size) {
-        const ssize_t n = ::send(fd, data + sent, size - sent, MSG_NOSIGNAL);
-        if (n < 0)
-            return false;
-        sent += std::size_t(n);
-    }
-    return true;
-}
 
 } // namespace
 
@@ -47,27 +33,12 @@ FakeHelperDaemon::~FakeHelperDaemon()
 
 bool FakeHelperDaemon::start()
 {
-    m_listenFd = ::socket(AF_INET, SOCK_STREAM, 0);
+    m_listenFd = FakeManagementPort::listenOnLoopback(0, &m_port);
     if (m_listenFd < 0)
         return false;
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof(address);
-    if (::bind(m_listenFd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 || ::listen(m_listenFd, 16) != 0
-        || ::getsockname(m_listenFd, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-        ::close(m_listenFd);
-        m_listenFd = -1;
-        return false;
-    }
-    m_port = ntohs(address.sin_port);
+    qputenv(HelperWire::PortEnvironmentVariable, QByteArray::number(m_port));
     m_thread = std::thread([this] { serve(); });
     return true;
-}
-
-void FakeHelperDaemon::exportPort() const
-{
-    qputenv(HelperWire::PortEnvironmentVariable, QByteArray::number(m_port));
 }
 
 void FakeHelperDaemon::setManagementScript(const ManagementScript& script)
@@ -164,17 +135,16 @@ void FakeHelperDaemon::handle(int client)
     std::memset(&reply, 0, sizeof(reply));
     reply.result = m_result;
     reply.value = 0x0102030405060708ULL;
-    const char* bytes = reinterpret_cast<const char*>(&reply);
+    const QByteArray bytes(reinterpret_cast<const char*>(&reply), sizeof(reply));
     switch (m_behaviour.load()) {
     case Behaviour::Reply:
-        sendAll(client, bytes, sizeof(reply));
+        FakeManagementPort::sendAll(client, bytes);
         break;
     case Behaviour::ReplyInPieces:
-        sendAll(client, bytes, 1);
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        sendAll(client, bytes + 1, 3);
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        sendAll(client, bytes + 4, 5);
+        for (const QByteArray& piece : {bytes.left(1), bytes.mid(1, 3), bytes.mid(4)}) {
+            FakeManagementPort::sendAll(client, piece);
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        }
         break;
     case Behaviour::CloseWithoutReply:
         break;

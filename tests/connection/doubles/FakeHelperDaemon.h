@@ -31,11 +31,9 @@ public:
     FakeHelperDaemon(const FakeHelperDaemon&) = delete;
     FakeHelperDaemon& operator=(const FakeHelperDaemon&) = delete;
 
-    // Binds 127.0.0.1 on a free port and starts serving.
+    // Binds 127.0.0.1 on a free port, points the client at it through TAVRIN_HELPER_PORT and starts serving.
     bool start();
     quint16 port() const { return m_port; }
-    // Points the client at this daemon through TAVRIN_HELPER_PORT.
-    void exportPort() const;
 
     void setBehaviour(Behaviour behaviour) { m_behaviour = behaviour; }
     void setResult(quint8 result) { m_result = result; }

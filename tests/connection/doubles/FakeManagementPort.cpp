@@ -12,7 +12,29 @@ namespace {
 
 constexpr int PollStepMs = 50;
 
-bool sendAll(int fd, const QByteArray& data)
+} // namespace
+
+int FakeManagementPort::listenOnLoopback(quint16 port, quint16* bound)
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    const int yes = 1;
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof(address);
+    if (fd < 0 || ::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes)) != 0
+        || ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 || ::listen(fd, 16) != 0
+        || ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+        if (fd >= 0)
+            ::close(fd);
+        return -1;
+    }
+    *bound = ntohs(address.sin_port);
+    return fd;
+}
+
+bool FakeManagementPort::sendAll(int fd, const QByteArray& data)
 {
     qsizetype sent = 0;
     while (sent < data.size()) {
@@ -23,8 +45,6 @@ bool sendAll(int fd, const QByteArray& data)
     }
     return true;
 }
-
-} // namespace
 
 FakeManagementPort::FakeManagementPort(const ManagementScript& script)
     : m_script(script)
@@ -41,23 +61,9 @@ FakeManagementPort::~FakeManagementPort()
 
 bool FakeManagementPort::listen(quint16 port)
 {
-    m_listenFd = ::socket(AF_INET, SOCK_STREAM, 0);
+    m_listenFd = listenOnLoopback(port, &m_port);
     if (m_listenFd < 0)
         return false;
-    const int yes = 1;
-    ::setsockopt(m_listenFd, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof(address);
-    if (::bind(m_listenFd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 || ::listen(m_listenFd, 4) != 0
-        || ::getsockname(m_listenFd, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-        ::close(m_listenFd);
-        m_listenFd = -1;
-        return false;
-    }
-    m_port = ntohs(address.sin_port);
     m_thread = std::thread([this] { serve(); });
     return true;
 }
@@ -117,7 +123,6 @@ void FakeManagementPort::serve()
     }
     if (client < 0)
         return;
-    m_clientConnected = true;
 
     bool open = true;
     for (const ManagementScript::Step& step : qAsConst(m_script.steps)) {
@@ -159,10 +164,8 @@ void FakeManagementPort::serve()
             pollfd p {client, POLLIN, 0};
             if (::poll(&p, 1, 0) > 0) {
                 char c;
-                if (::recv(client, &c, 1, MSG_PEEK) <= 0) {
-                    m_clientClosed = true;
+                if (::recv(client, &c, 1, MSG_PEEK) <= 0)
                     break;
-                }
             }
         }
     }

@@ -28,14 +28,16 @@ public:
     QList<QByteArray> received() const;
     // Expectations the client did not meet (wrong line, or nothing within the time-out).
     QList<QString> mismatches() const;
-    bool clientConnected() const { return m_clientConnected; }
     // The script has run to its end (or was cut short by a mismatch or a closed client).
     bool finished() const { return m_finished; }
-    // The client closed its end after the script finished.
-    bool clientClosed() const { return m_clientClosed; }
 
     // How long an expectation waits for the client's line.
     static constexpr int ExpectTimeoutMs = 10000;
+
+    // Shared with the fake helper daemon: a socket listening on 127.0.0.1:port (0 picks a free port, put in
+    // *bound), or -1; and a send of all the bytes, false once the peer is gone.
+    static int listenOnLoopback(quint16 port, quint16* bound);
+    static bool sendAll(int fd, const QByteArray& data);
 
 private:
     void serve();
@@ -47,9 +49,7 @@ private:
     quint16 m_port = 0;
     std::thread m_thread;
     std::atomic<bool> m_stop {false};
-    std::atomic<bool> m_clientConnected {false};
     std::atomic<bool> m_finished {false};
-    std::atomic<bool> m_clientClosed {false};
     mutable std::mutex m_mutex;
     QList<QByteArray> m_received;
     QList<QString> m_mismatches;

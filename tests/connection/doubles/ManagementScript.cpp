@@ -26,12 +26,6 @@ ManagementScript& ManagementScript::close()
     return *this;
 }
 
-ManagementScript& ManagementScript::append(const ManagementScript& other)
-{
-    steps.append(other.steps);
-    return *this;
-}
-
 ManagementScript ManagementScript::parse(const QByteArray& text, QString* error)
 {
     ManagementScript script;

@@ -34,7 +34,6 @@ struct ManagementScript
     ManagementScript& expect(const QByteArray& line);
     ManagementScript& pause(int ms);
     ManagementScript& close();
-    ManagementScript& append(const ManagementScript& other);
 
     // Steps read from the text form; an unknown step makes the result empty and sets *error.
     static ManagementScript parse(const QByteArray& text, QString* error = nullptr);
