@@ -24,11 +24,6 @@ QString Firewall::stateFile() const
     return m_stateDir + QStringLiteral("/firewall.json");
 }
 
-bool Firewall::runNft(const QString& script)
-{
-    return Nft::run(script, m_error);
-}
-
 bool Firewall::on(const FirewallRequest& request)
 {
     m_error.clear();
@@ -37,7 +32,7 @@ bool Firewall::on(const FirewallRequest& request)
         m_error = rules.error();
         return false;
     }
-    if (!runNft(rules.script()))
+    if (!Nft::run(rules.script(), m_error))
         return false;
     FirewallRequest last;
     bool active = false;
@@ -50,7 +45,7 @@ bool Firewall::on(const FirewallRequest& request)
 bool Firewall::off()
 {
     m_error.clear();
-    if (!runNft(FirewallRules::removeScript()))
+    if (!Nft::run(FirewallRules::removeScript(), m_error))
         return false;
     FirewallRequest last;
     bool active = false;
@@ -101,7 +96,7 @@ void Firewall::restoreAtStart()
     if (!load(last, active, atStart) || !atStart || !active)
         return;
     FirewallRules rules;
-    const bool ok = rules.build(last) && runNft(rules.script());
+    const bool ok = rules.build(last) && Nft::run(rules.script(), m_error);
     qInfo().noquote() << "firewall: re-applying the last rules at start:" << (ok ? "done" : "failed") << m_error;
 }
 

@@ -26,7 +26,6 @@ public:
 
 private:
     static bool listSucceeds(const QStringList& arguments);
-    bool runNft(const QString& script);
     QString stateFile() const;
     bool save(const FirewallRequest& request, bool active, bool atStart);
     bool load(FirewallRequest& request, bool& active, bool& atStart) const;

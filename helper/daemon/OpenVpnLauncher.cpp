@@ -101,13 +101,7 @@ void restoreResolver(const QString& script)
 // The start time of a process in clock ticks since boot, or empty when it is gone.
 QByteArray startTime(qint64 pid)
 {
-    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
-    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    const int close = stat.lastIndexOf(')'); // the command name before it may hold anything
-    const QList<QByteArray> fields = stat.mid(close + 2).split(' ');
-    if (close < 0 || fields.size() < 20)
-        return QByteArray();
-    return fields.at(19); // field 22 of the line; the list starts at field 3
+    return PeerUid::processStat(pid).value(19); // field 22 of the line
 }
 
 // Follows one OpenVPN until it exits: logs its output, reaps it, lifts the management port's

@@ -105,6 +105,13 @@ QList<Peer> listeners(quint16 port)
     return found;
 }
 
+QList<QByteArray> processStat(qint64 pid)
+{
+    const QByteArray stat = readAll(QStringLiteral("/proc/%1/stat").arg(pid));
+    const int close = stat.lastIndexOf(')');
+    return close < 0 ? QList<QByteArray>() : stat.mid(close + 2).split(' ');
+}
+
 bool holds(pid_t pid, quint64 inode)
 {
     const QByteArray target = "socket:[" + QByteArray::number(inode) + ']';
@@ -125,19 +132,16 @@ bool heldByDescendant(quint64 inode, pid_t ancestor)
     siginfo_t info {};
     if (ancestor == ::getpid() && ::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) != 0 && errno == ECHILD)
         return false;
-    // Parent of every process, from /proc/PID/stat: "pid (comm) state ppid ..."; comm may hold
-    // blanks and parentheses, so read after the last ')'.
+    // The parent of every process.
     QHash<qint64, QList<qint64>> children;
     for (const QString& name : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         bool ok = false;
         const qint64 pid = name.toLongLong(&ok);
         if (!ok)
             continue;
-        const QByteArray stat = readAll(QStringLiteral("/proc/%1/stat").arg(pid));
-        const int close = stat.lastIndexOf(')');
-        const QList<QByteArray> rest = stat.mid(close + 2).split(' ');
-        if (close > 0 && rest.size() > 1)
-            children[rest.at(1).toLongLong()].append(pid);
+        const QList<QByteArray> stat = processStat(pid);
+        if (stat.size() > 1)
+            children[stat.at(1).toLongLong()].append(pid);
     }
     QList<qint64> queue = children.value(ancestor);
     QSet<qint64> seen;

@@ -22,6 +22,9 @@ Peer lookup(quint16 peerPort, quint16 ourPort);
 
 // The sockets listening on port (any local address, IPv4 or IPv6).
 QList<Peer> listeners(quint16 port);
+// The fields of /proc/PID/stat from the third (the state) on, the command name before them left
+// out since it may hold blanks and parentheses; empty when the process is gone.
+QList<QByteArray> processStat(qint64 pid);
 // Whether process pid holds the socket with this inode.
 bool holds(pid_t pid, quint64 inode);
 

@@ -32,12 +32,16 @@ void TunnelOwner::update(Holding holding, bool held, bool endsClaim)
     std::lock_guard<std::mutex> lock(m_mutex);
     if (endsClaim)
         --m_pending;
+    const qint64 owner = m_owner;
+    const int wasHeld = m_held;
     m_held = held ? (m_held | holding) : (m_held & ~holding);
     if (m_held == 0 && m_pending == 0 && m_owner != Nobody) {
         qInfo() << "tunnel: uid" << m_owner << "holds nothing any more";
         m_owner = Nobody;
     }
-    save();
+    // Most requests change nothing that is kept: no write for them.
+    if (m_owner != owner || m_held != wasHeld)
+        save();
 }
 
 qint64 TunnelOwner::owner() const
