@@ -21,6 +21,7 @@ HelperPaths HelperPaths::fromEnvironment()
     p.resolverScript = env.value(QStringLiteral("TAVRIN_HELPERD_SCRIPT"),
                                  QStringLiteral("/usr/share/tavrin/script/update-resolv-conf.sh"));
     p.dpkgRoot = env.value(QStringLiteral("TAVRIN_HELPERD_DPKG_ROOT"));
+    p.installedDaemon = p.dpkgRoot + QStringLiteral(TAVRIN_HELPERD_INSTALLED);
     p.debsigPolicies = p.root + QStringLiteral("/etc/debsig/policies");
     p.debsigKeyrings = p.root + QStringLiteral("/usr/share/debsig/keyrings");
     return p;

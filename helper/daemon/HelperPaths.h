@@ -19,6 +19,7 @@ public:
     QString resolverScript; // the script OpenVPN really runs for the fixed --up/--down name
     QString systemdRunDir; // exists while systemd is the init system
     QString dpkgRoot; // where dpkg installs updates; empty for the machine itself
+    QString installedDaemon; // the daemon an update installs, which a restart runs (under dpkgRoot)
     QString debsigPolicies; // debsig-verify's policies, one directory per signing key
     QString debsigKeyrings; // debsig-verify's keyrings, named as the policies
 };

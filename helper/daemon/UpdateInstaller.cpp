@@ -12,6 +12,8 @@
 #include <QProcess>
 #include <QRandomGenerator>
 
+#include <unistd.h>
+
 namespace {
 // Our packages are a few MiB; anything far larger is refused by its size before a byte is copied.
 constexpr qint64 MaxPackageSize = qint64(256) << 20;
@@ -24,6 +26,12 @@ const QString UnitName = QStringLiteral("tavrin-helperd-update");
 const QString RunAndRemove
     = QStringLiteral("package=$1; shift; \"$@\"; status=$?; rm -f \"$package\"; "
                      "echo \"tavrin-helperd: dpkg exited with status $status\" >&2; exit $status");
+// Without systemd no postinst restarts the daemon: once dpkg has succeeded, SIGHUP asks the daemon
+// (by its pid, $2) to run the installed one in its place.
+const QString RunRemoveAndRestart
+    = QStringLiteral("package=$1; daemon=$2; shift 2; \"$@\"; status=$?; rm -f \"$package\"; "
+                     "echo \"tavrin-helperd: dpkg exited with status $status\" >&2; "
+                     "if [ $status -eq 0 ]; then kill -HUP \"$daemon\"; fi; exit $status");
 } // namespace
 
 UpdateInstaller::UpdateInstaller(const HelperPaths& paths)
@@ -33,9 +41,13 @@ UpdateInstaller::UpdateInstaller(const HelperPaths& paths)
     , m_check(paths)
 { }
 
-QStringList UpdateInstaller::dpkgCommand(const QString& package) const
+QStringList UpdateInstaller::dpkgCommand(const QString& package, bool underSystemd) const
 {
-    QStringList command {QStringLiteral("/bin/sh"), QStringLiteral("-c"), RunAndRemove, QStringLiteral("sh"), package};
+    QStringList command {QStringLiteral("/bin/sh"), QStringLiteral("-c")};
+    if (underSystemd)
+        command << RunAndRemove << QStringLiteral("sh") << package;
+    else
+        command << RunRemoveAndRestart << QStringLiteral("sh") << package << QString::number(::getpid());
     command << QStringLiteral("dpkg");
     if (!m_dpkgRoot.isEmpty())
         command << QStringLiteral("--root=") + m_dpkgRoot;
@@ -119,8 +131,8 @@ bool UpdateInstaller::install(const QString& path, qint64 callerUid)
     }
     const qint64 checkedMs = checking.elapsed();
 
-    QStringList command = dpkgCommand(copy);
     const bool underSystemd = QFileInfo(m_systemdRunDir).isDir();
+    QStringList command = dpkgCommand(copy, underSystemd);
     bool started;
     if (underSystemd) {
         started = startUnderSystemd(command, deadline);

@@ -23,7 +23,7 @@ public:
     QString error() const { return m_error; }
 
 private:
-    QStringList dpkgCommand(const QString& package) const;
+    QStringList dpkgCommand(const QString& package, bool underSystemd) const;
     bool startUnderSystemd(const QStringList& command, const QDeadlineTimer& deadline);
 
     QString m_stateDir;

@@ -7,10 +7,14 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDebug>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcessEnvironment>
 #include <QSocketNotifier>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -18,10 +22,20 @@ namespace {
 
 int signalPipe[2] = {-1, -1};
 
-void onSignal(int)
+void onSignal(int number)
 {
-    const char byte = 1;
+    const char byte = char(number);
     [[maybe_unused]] const ssize_t n = ::write(signalPipe[1], &byte, 1);
+}
+
+// Runs the installed daemon in this process's place, with the same arguments; returns only when
+// that fails.
+void restartAs(const QString& program, char* argv[])
+{
+    const QByteArray path = QFile::encodeName(program);
+    argv[0] = const_cast<char*>(path.constData());
+    ::execv(path.constData(), argv);
+    qCritical().noquote() << "cannot restart as" << program << ":" << ::strerror(errno);
 }
 
 } // namespace
@@ -60,18 +74,22 @@ int main(int argc, char* argv[])
         return 2;
     }
 
-    // Stop cleanly on SIGTERM and SIGINT, so that the OpenVPN we started goes with us.
+    // Stop cleanly on SIGTERM and SIGINT, so that the OpenVPN we started goes with us. SIGHUP stops
+    // the same way and then runs the installed daemon, as an update without systemd asks.
     if (::pipe2(signalPipe, O_CLOEXEC) != 0)
         return 1;
+    bool restart = false;
     QSocketNotifier notifier(signalPipe[0], QSocketNotifier::Read);
-    QObject::connect(&notifier, &QSocketNotifier::activated, &app, [&app] {
-        char byte;
+    QObject::connect(&notifier, &QSocketNotifier::activated, &app, [&app, &restart] {
+        char byte = 0;
         [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
-        qInfo() << "stopping on a signal";
+        restart = byte == SIGHUP;
+        qInfo() << (restart ? "restarting on SIGHUP" : "stopping on a signal");
         app.quit();
     });
     std::signal(SIGTERM, onSignal);
     std::signal(SIGINT, onSignal);
+    std::signal(SIGHUP, onSignal);
     std::signal(SIGPIPE, SIG_IGN);
 
     const HelperPaths paths = HelperPaths::fromEnvironment();
@@ -88,5 +106,13 @@ int main(int argc, char* argv[])
     const int status = app.exec();
     server.finish();
     handler.stopOpenVpn();
+    if (restart) {
+        const QString installed = QFileInfo(paths.installedDaemon).isExecutable()
+            ? paths.installedDaemon
+            : QCoreApplication::applicationFilePath();
+        qInfo().noquote() << "restarting as" << installed;
+        restartAs(installed, argv);
+        return 1;
+    }
     return status;
 }

@@ -109,6 +109,7 @@ private slots:
     void cleanup();
     void connectsThroughTheTrayAndQuitsClean_data();
     void connectsThroughTheTrayAndQuitsClean();
+    void takesTheOfferedUpdate();
 
 private:
     QString home() const { return m_root.path() + QStringLiteral("/home"); }
@@ -144,7 +145,7 @@ private:
 void TestWholeProgram::initTestCase()
 {
     QString missing = E2eLab::missingPrerequisite();
-    for (const char* program : {"Xvfb", "dbus-daemon"}) {
+    for (const char* program : {"Xvfb", "dbus-daemon", "xdotool"}) {
         if (missing.isEmpty() && QStandardPaths::findExecutable(QLatin1String(program)).isEmpty())
             missing = QStringLiteral("%1 is not installed (scripts/install-deps)").arg(QLatin1String(program));
     }
@@ -466,6 +467,51 @@ void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
              QString());
     QVERIFY(!QFile::exists(QStringLiteral("/tmp/tavrin-stunnel.pid")));
     QCOMPARE(readFile(m_lab.resolvConf()), m_lab.originalResolvConf());
+}
+
+// Offered a newer version by the service, the user takes it: the program downloads it, the daemon
+// verifies and installs it (into a dpkg root of the lab's own) and restarts as the daemon that
+// the update installed, and the program ends as after any update.
+void TestWholeProgram::takesTheOfferedUpdate()
+{
+    const QString dir = m_lab.dir();
+    QCOMPARE(run(QStringLiteral(TAVRIN_MAKE_UPDATE), {dir, QStringLiteral(TAVRIN_BUILD_DIR), "3.7.0"}), 0);
+    m_service->fixture().upgradeVersion = QStringLiteral("3.7.0");
+    m_service->fixture().packageFile = dir + QStringLiteral("/update.deb");
+    rememberAccount(QStringLiteral("udp"), false);
+    startProgram();
+
+    // The offer is put to the user a few seconds after the sign-in; Return takes it, as Yes is
+    // the default answer.
+    QProcess xdotool;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("DISPLAY"), QLatin1Char(':') + m_display);
+    xdotool.setProcessEnvironment(env);
+    const auto runXdotool = [&xdotool](const QStringList& arguments) {
+        xdotool.start(QStringLiteral("xdotool"), arguments);
+        return xdotool.waitForFinished(10000) && xdotool.exitCode() == 0;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(runXdotool({"search", "--name", "^Tavrin Update$"}), 30000);
+    const QString window = QString::fromLatin1(xdotool.readAllStandardOutput()).split(QLatin1Char('\n')).first();
+    QVERIFY(runXdotool({"windowfocus", "--sync", window, "key", "Return"}));
+
+    // The service answers from this process: its event loop must run while the program downloads.
+    QTRY_COMPARE_WITH_TIMEOUT(m_program.state(), QProcess::NotRunning, 60000);
+    QCOMPARE(m_program.exitStatus(), QProcess::NormalExit);
+    const auto installed = [&dir] {
+        QByteArray version;
+        run(QStringLiteral("dpkg-query"), {"--root=" + dir + "/dpkg-root", "-W", "-f=${Version}", "tavrin"}, &version);
+        return version;
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(installed(), QByteArray("3.7.0"), 30000);
+    const QString exe = dir + QStringLiteral("/dpkg-root/usr/sbin/tavrin-helperd");
+    QTRY_COMPARE_WITH_TIMEOUT(
+        QFileInfo(QStringLiteral("/proc/%1/exe").arg(m_lab.daemonPid())).symLinkTarget(), exe, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(m_lab.daemonLog().contains("restarting as " + exe.toUtf8()), 10000);
+    const QByteArray log = m_lab.daemonLog();
+    QVERIFY(log.contains("update: tavrin 3.7.0 signed by the vendor, newer than 3.6.9"));
+    QTRY_VERIFY_WITH_TIMEOUT(m_lab.daemonLog().indexOf("listening on 127.0.0.1 port", log.indexOf("restarting as")) > 0,
+                             10000);
 }
 
 QTEST_GUILESS_MAIN(TestWholeProgram)

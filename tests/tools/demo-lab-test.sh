@@ -96,6 +96,10 @@ else
     installed() { dpkg-query --root="$dir/dpkg-root" -W -f='${Version}' tavrin; }
     for _ in $(seq 100); do [ "$(installed)" = 3.7.0 ] && break; sleep 0.1; done
     [ "$(installed)" = 3.7.0 ] || fail "the demo's update is not installed: $(installed)"
+    # and the daemon runs on as the one the update installed.
+    daemon_exe() { readlink "/proc/$(cat "$dir/helperd.pid")/exe"; }
+    for _ in $(seq 100); do [ "$(daemon_exe)" = "$dir/dpkg-root/usr/sbin/tavrin-helperd" ] && break; sleep 0.1; done
+    [ "$(daemon_exe)" = "$dir/dpkg-root/usr/sbin/tavrin-helperd" ] || fail "the daemon did not restart as the update's: $(daemon_exe)"
 fi
 
 "$lab" down "$dir"

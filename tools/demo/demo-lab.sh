@@ -126,26 +126,11 @@ LOCATIONS=(
 
 # The update the demo offers: a package "tavrin" newer than the program, signed with a throw-away
 # key that the helper daemon's policy under DIR/root trusts. The daemon installs it into
-# DIR/dpkg-root, whose database has the running version installed, never into this machine.
+# DIR/dpkg-root, whose database has the running version installed, never into this machine, and
+# then restarts as the daemon it installed.
 UPDATE_VERSION=3.7.0
 update_offer() {
-    local key=$dir/update-key tree=$dir/update-tree script fingerprint arch current
-    script="$(cd "$(dirname "$0")/../.." && pwd)/packaging/update-key.sh"
-    arch=$(dpkg --print-architecture)
-    current=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
-    fingerprint=$("$script" new "$key")
-    "$script" trust "$key/public.gpg" "$dir/root" >/dev/null
-    mkdir -p "$tree/DEBIAN" "$tree/usr/share/doc/tavrin"
-    printf 'Package: tavrin\nVersion: %s\nArchitecture: %s\nMaintainer: Tavrin demo <demo@tavrin.invalid>\nDescription: demo update\n' \
-        "$UPDATE_VERSION" "$arch" >"$tree/DEBIAN/control"
-    echo "Installed by the Tavrin demo's update." >"$tree/usr/share/doc/tavrin/README.demo"
-    dpkg-deb --root-owner-group -b "$tree" "$dir/update.deb" >/dev/null
-    GNUPGHOME=$key "$script" sign "$fingerprint" "$dir/update.deb"
-    GNUPGHOME=$key gpgconf --kill gpg-agent 2>/dev/null || true
-    mkdir -p "$dir/dpkg-root/var/lib/dpkg/updates" "$dir/dpkg-root/var/lib/dpkg/info"
-    : >"$dir/dpkg-root/var/lib/dpkg/info/tavrin.list"
-    printf 'Package: tavrin\nStatus: install ok installed\nVersion: %s\nArchitecture: %s\nMaintainer: Tavrin demo <demo@tavrin.invalid>\nDescription: the running demo\n\n' \
-        "$current" "$arch" >"$dir/dpkg-root/var/lib/dpkg/status"
+    "$(cd "$(dirname "$0")" && pwd)/make-update.sh" "$dir" "$build" "$UPDATE_VERSION"
 }
 
 # The demo account: demo/demo with two VPN logins, the locations above and the template that

@@ -97,6 +97,7 @@ bool E2eLab::start()
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("TAVRIN_HELPERD_ROOT"), dir() + QStringLiteral("/root"));
     env.insert(QStringLiteral("TAVRIN_HELPERD_SCRIPT"), QStringLiteral(TAVRIN_RESOLVER_SCRIPT));
+    env.insert(QStringLiteral("TAVRIN_HELPERD_DPKG_ROOT"), dir() + QStringLiteral("/dpkg-root"));
     m_daemon.setProcessEnvironment(env);
     m_daemon.setProcessChannelMode(QProcess::MergedChannels);
     m_daemon.start(QStringLiteral(TAVRIN_HELPERD_PATH), {QStringLiteral("--port"), port});

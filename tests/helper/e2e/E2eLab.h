@@ -45,6 +45,7 @@ public:
     // "tcp" behind a local stunnel on stunnelPort); false when the file cannot be written.
     bool writeClientConfig(MakeOVPNFile& file, const QString& protocol, int stunnelPort = 0) const;
     QByteArray daemonLog();
+    qint64 daemonPid() const { return m_daemon.processId(); }
 
     // Processes of that name running in the client namespace: their pids, and how many.
     QStringList processIdsInClient(const QByteArray& name) const;
