@@ -5,10 +5,12 @@
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
+#include <QSocketNotifier>
 
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -33,6 +35,13 @@ qint64 realUid(int pid)
     return -1;
 }
 
+int refuse(QString* why, const QString& reason)
+{
+    if (why)
+        *why = reason;
+    return -1;
+}
+
 bool isStunnel(int pid)
 {
     const auto named = [](const QString& name) {
@@ -45,12 +54,21 @@ bool isStunnel(int pid)
 
 } // namespace
 
+namespace {
+// stunnel writes its pid once it runs in the background, well within this.
+constexpr int PidPollMs = 50;
+constexpr int PidPolls = 100;
+} // namespace
+
 StunnelManager::StunnelManager(QObject* parent)
     : QObject(parent)
     , process(new QProcess(this))
     , program(QStringLiteral("stunnel4"))
     , pidFile(QStringLiteral("/tmp/tavrin-stunnel.pid"))
-{ }
+{
+    pidPoll.setInterval(PidPollMs);
+    connect(&pidPoll, &QTimer::timeout, this, &StunnelManager::watch);
+}
 
 StunnelManager::~StunnelManager()
 {
@@ -63,9 +81,56 @@ void StunnelManager::setConfigAndRunProcess(const QString& host, int port, const
     localPort = getAvailablePort();
     if (!makeConfigFile(host, port, sni))
         return;
+    run();
+}
+
+void StunnelManager::restart()
+{
+    killProcess();
+    if (QFileInfo::exists(configFilePath()))
+        run();
+}
+
+void StunnelManager::run()
+{
     const QStringList arguments {configFilePath()};
     qDebug() << "Run stunnel:" << program << "with args:" << arguments;
     process->start(program, arguments, QIODevice::ReadWrite);
+    pollsLeft = PidPolls;
+    pidPoll.start();
+}
+
+// Polled until the stunnel just started has written its pid, then follows that process.
+void StunnelManager::watch()
+{
+    const int pid = ownStunnelPid(nullptr);
+    if (pid < 1) {
+        if (--pollsLeft <= 0) {
+            pidPoll.stop();
+            qDebug() << "stunnel wrote no pid: it is not watched";
+        }
+        return;
+    }
+    pidPoll.stop();
+    pidfd = int(::syscall(SYS_pidfd_open, pid, 0));
+    if (pidfd < 0)
+        return;
+    exitNotifier = new QSocketNotifier(pidfd, QSocketNotifier::Read, this);
+    connect(exitNotifier, &QSocketNotifier::activated, this, [this] {
+        qDebug() << "stunnel has stopped";
+        unwatch();
+        emit stopped();
+    });
+}
+
+void StunnelManager::unwatch()
+{
+    pidPoll.stop();
+    delete exitNotifier;
+    exitNotifier = nullptr;
+    if (pidfd >= 0)
+        ::close(pidfd);
+    pidfd = -1;
 }
 
 int StunnelManager::getPort() const
@@ -107,14 +172,25 @@ bool StunnelManager::makeConfigFile(const QString& host, int port, const QString
     return opened;
 }
 
+void StunnelManager::killProcess()
+{
+    unwatch();
+    QString why;
+    const int pid = ownStunnelPid(&why);
+    if (pid < 1) {
+        qDebug().noquote() << "Can't kill stunnel." << why;
+        return;
+    }
+    QProcess::execute(QStringLiteral("kill"), {QString::number(pid)});
+}
+
 // The pid file lies in /tmp, where any local user may put one: only a regular file of ours that
 // names a stunnel of ours is believed, so that nobody can make us signal another of our processes.
-void StunnelManager::killProcess()
+int StunnelManager::ownStunnelPid(QString* why) const
 {
     const int fd = ::open(QFile::encodeName(pidFile).constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0 && errno == ELOOP) {
-        qDebug() << "Can't kill stunnel. The pid file is a symbolic link:" << pidFile;
-        return;
+        return refuse(why, QStringLiteral("The pid file is a symbolic link: %1").arg(pidFile));
     }
     int pid = 0;
     if (fd >= 0) {
@@ -126,22 +202,18 @@ void StunnelManager::killProcess()
             = stated && S_ISREG(info.st_mode) && info.st_uid == ::getuid() ? ::read(fd, text, sizeof text - 1) : -1;
         ::close(fd);
         if (n < 0) {
-            qDebug() << "Can't kill stunnel. The pid file is not a regular file of this user:" << pidFile;
-            return;
+            return refuse(why, QStringLiteral("The pid file is not a regular file of this user: %1").arg(pidFile));
         }
         pid = QByteArray(text, int(n)).split('\n').first().trimmed().toInt();
     }
     if (pid < 1) {
-        qDebug() << "Can't kill stunnel. Invalid pid.";
-        return;
+        return refuse(why, QStringLiteral("Invalid pid."));
     }
     if (realUid(pid) != qint64(::getuid())) {
-        qDebug() << "Can't kill stunnel. Process" << pid << "is gone or belongs to another user.";
-        return;
+        return refuse(why, QStringLiteral("Process %1 is gone or belongs to another user.").arg(pid));
     }
     if (!isStunnel(pid)) {
-        qDebug() << "Can't kill stunnel. Process" << pid << "is not stunnel.";
-        return;
+        return refuse(why, QStringLiteral("Process %1 is not stunnel.").arg(pid));
     }
-    QProcess::execute(QStringLiteral("kill"), {QString::number(pid)});
+    return pid;
 }

@@ -22,5 +22,6 @@ public:
     virtual void setTrayStatusConnected(bool notify) = 0;
     virtual void setTrayStatusDisconnected(bool notify) = 0;
     virtual void setTrayStatusConnecting() = 0;
+    virtual void setTrayStatusReestablishing() = 0;
     virtual void setTrayActiveServer(QString& name) = 0;
 };

@@ -98,6 +98,7 @@ ConnectWindow::ConnectWindow(ConnectHost* host, QWidget* parent)
     m_stunnel.reset(new StunnelManager());
     // What a run that crashed left: its stunnel, and its configuration with the private key.
     m_stunnel->killProcess();
+    connect(m_stunnel.data(), &StunnelManager::stopped, this, &ConnectWindow::onStunnelStopped);
     MakeOVPNFile::removeLeftovers();
     m_firewall.killConnect = setting(Keys::KillConnect).toBool();
     m_firewall.ipv6Block = setting(Keys::IPv6LeakProtect).toBool();
@@ -186,7 +187,10 @@ void ConnectWindow::setUiState(int state)
         m_spinner->show();
         m_spinner->start();
         ui.lbRates->hide();
-        m_host->setTrayStatusConnecting();
+        if (state == Reestablishing)
+            m_host->setTrayStatusReestablishing();
+        else
+            m_host->setTrayStatusConnecting();
         break;
     default:
         QCoreApplication::processEvents();
@@ -346,6 +350,7 @@ void ConnectWindow::startConnection()
     config.protocol = protocol.shortName;
     config.ip = server.ip;
     if (protocol.id == Stealth) {
+        m_stunnelRestarts = 0;
         m_stunnel->setConfigAndRunProcess(server.ip, server.sslPort, server.sni);
         config.stunnelPort = m_stunnel->getPort();
     } else {
@@ -473,6 +478,24 @@ void ConnectWindow::onConnectionError(QString message)
     removeConnectionLeftovers();
     setState(Idle);
     setUiState(Idle);
+}
+
+// OpenVPN keeps trying to reach the local port: a stunnel started again there carries the tunnel
+// on. One that keeps dying ends the attempt.
+void ConnectWindow::onStunnelStopped()
+{
+    if (m_state != Connecting && m_state != Connected)
+        return;
+    if (m_stunnelRestarts < MaxStunnelRestarts) {
+        ++m_stunnelRestarts;
+        ALog::Out(QStringLiteral("stunnel stopped: starting it again (%1 of %2)")
+                      .arg(m_stunnelRestarts)
+                      .arg(MaxStunnelRestarts));
+        m_stunnel->restart();
+        return;
+    }
+    ALog::Out(QStringLiteral("stunnel stopped %1 times: the connection ends").arg(m_stunnelRestarts + 1));
+    m_connection.disconnect(false);
 }
 
 void ConnectWindow::onConnectionUpdateLog(QString text)

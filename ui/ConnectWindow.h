@@ -48,6 +48,8 @@ public:
     static constexpr int SubscriptionIntervalMs = 10000;
     static constexpr int WirelessSettleMs = 2000;
     static constexpr int MaxSilentAttempts = 3;
+    // A stunnel that dies while its connection is up is started again this often per attempt.
+    static constexpr int MaxStunnelRestarts = 3;
 
     explicit ConnectWindow(ConnectHost* host, QWidget* parent = nullptr);
     ~ConnectWindow() override;
@@ -100,6 +102,7 @@ public slots:
     void onDisconnected();
     void onConnectionError(QString message);
     void onConnectionUpdateLog(QString text);
+    void onStunnelStopped();
     void onAsyncFinished();
     void onServerChanged(const ServerIdentif& id);
     void setServers(const QVector<ServerInfo>& servers);
@@ -136,6 +139,7 @@ private:
     qint32 m_state = Idle;
     Connection m_connection;
     int m_attempts = 0;
+    int m_stunnelRestarts = 0;
     QMap<ServerIdentif, ServerInfo> m_servers;
     QString m_login;
     QString m_password;

@@ -614,6 +614,11 @@ void MainWindow::setTrayStatusConnecting()
     m_tray->setStatusConnecting();
 }
 
+void MainWindow::setTrayStatusReestablishing()
+{
+    m_tray->setStatusReestablishing();
+}
+
 void MainWindow::setTrayActiveServer(QString& name)
 {
     m_tray->setActiveServer(name);

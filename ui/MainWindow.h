@@ -57,6 +57,7 @@ public:
     void setTrayStatusConnected(bool notify) override;
     void setTrayStatusDisconnected(bool notify) override;
     void setTrayStatusConnecting() override;
+    void setTrayStatusReestablishing() override;
     void setTrayActiveServer(QString& name) override;
 
     // For tests: the pages and helpers this window owns.

@@ -86,6 +86,15 @@ void SystemTray::setStatusConnecting(bool notify)
     disconnectAction->setEnabled(false);
 }
 
+void SystemTray::setStatusReestablishing()
+{
+    status = 3;
+    applyConnectText();
+    connectAction->setEnabled(false);
+    reconnectAction->setEnabled(false);
+    disconnectAction->setEnabled(true);
+}
+
 void SystemTray::setStatusConnected(bool notify)
 {
     if (notify)
@@ -129,6 +138,9 @@ void SystemTray::applyConnectText()
         break;
     case 2:
         connectAction->setText(tr("Connected to %1").arg(activeServer));
+        break;
+    case 3:
+        connectAction->setText(tr("Re-establishing the connection to %1").arg(activeServer));
         break;
     default:
         connectAction->setText(tr("Connect %1").arg(activeServer));

@@ -30,6 +30,8 @@ public:
     void setEnableUserActions(bool enable);
     void setStatusDisconnected(bool notify);
     void setStatusConnecting(bool notify = false);
+    // The tunnel is being set up again (after a link loss, say): it can still be ended.
+    void setStatusReestablishing();
     void setStatusConnected(bool notify);
     void retranslate();
     void loadIcons();

@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>Verbunden</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>Fehler beim Laden des Schlüssels.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Das Ändern der Zeitzone wird auf Ihrem System nicht unterstützt.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>Die Firewall wird auf Ihrem System nicht unterstützt.</translation>
     </message>
@@ -265,7 +265,7 @@ Trennen und abmelden?</translation>
         <translation>Abmelden</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Tavrin-Update</translation>
     </message>
@@ -481,29 +481,29 @@ Trennen und abmelden?</translation>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>Neu verbinden</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>Trennen</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>Beenden</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>Ihre Verbindung ist jetzt nicht geschützt!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>Ihre Verbindung ist jetzt verschlüsselt und geschützt!</translation>
     </message>
@@ -516,6 +516,11 @@ Trennen und abmelden?</translation>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>Verbunden mit %1</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>Verbindung zu %1 wird wiederhergestellt</translation>
     </message>
     <message>
         <location line="+3"/>

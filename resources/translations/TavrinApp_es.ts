@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>Conectado</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>Error al cargar la clave.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>El cambio de zona horaria no es compatible con su sistema.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>El cortafuegos no es compatible con su sistema.</translation>
     </message>
@@ -265,7 +265,7 @@ Disconnect and logout?</source>
         <translation>Cerrar sesión</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Actualización de Tavrin</translation>
     </message>
@@ -481,29 +481,29 @@ Disconnect and logout?</source>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>Reconectar</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>Desconectar</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>Salir</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>¡Su conexión ya no está protegida!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>¡Su conexión ahora está cifrada y protegida!</translation>
     </message>
@@ -516,6 +516,11 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>Conectado a %1</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>Restableciendo la conexión con %1</translation>
     </message>
     <message>
         <location line="+3"/>

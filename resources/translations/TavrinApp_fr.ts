@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>Connecté</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>Erreur de chargement de la clé.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Le changement de fuseau horaire n&apos;est pas pris en charge sur votre système.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>Le pare-feu n&apos;est pas pris en charge sur votre système.</translation>
     </message>
@@ -265,7 +265,7 @@ Se déconnecter du VPN et du compte ?</translation>
         <translation>Déconnexion</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Mise à jour de Tavrin</translation>
     </message>
@@ -481,29 +481,29 @@ Se déconnecter du VPN et du compte ?</translation>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>Se reconnecter</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>Se déconnecter</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>Quitter</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>Votre connexion n&apos;est plus sécurisée !</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>Votre connexion est désormais chiffrée et sécurisée !</translation>
     </message>
@@ -516,6 +516,11 @@ Se déconnecter du VPN et du compte ?</translation>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>Connecté à %1</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>Rétablissement de la connexion à %1</translation>
     </message>
     <message>
         <location line="+3"/>

@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>कनेक्ट है</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>कुंजी लोड करने में त्रुटि।</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>आपके सिस्टम पर समय क्षेत्र बदलना समर्थित नहीं है।</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>आपके सिस्टम पर फ़ायरवॉल समर्थित नहीं है।</translation>
     </message>
@@ -265,7 +265,7 @@ Disconnect and logout?</source>
         <translation>लॉग आउट</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Tavrin अपडेट</translation>
     </message>
@@ -481,29 +481,29 @@ Disconnect and logout?</source>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>फिर से कनेक्ट करें</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>डिस्कनेक्ट करें</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>बाहर निकलें</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>आपका कनेक्शन अभी सुरक्षित नहीं है!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>आपका कनेक्शन अब एन्क्रिप्टेड और सुरक्षित है!</translation>
     </message>
@@ -516,6 +516,11 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>%1 से कनेक्टेड</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>%1 से कनेक्शन फिर से स्थापित किया जा रहा है</translation>
     </message>
     <message>
         <location line="+3"/>

@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>Connesso</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>Errore durante il caricamento della chiave.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Il cambio di fuso orario non è supportato dal sistema.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>Il firewall non è supportato dal sistema.</translation>
     </message>
@@ -265,7 +265,7 @@ Disconnettere ed uscire dall&apos;account?</translation>
         <translation>Esci</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Aggiornamento di Tavrin</translation>
     </message>
@@ -481,29 +481,29 @@ Disconnettere ed uscire dall&apos;account?</translation>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>Riconnetti</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>Disconnetti</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>Esci</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>La tua connessione ora non è protetta!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>La tua connessione ora è cifrata e protetta!</translation>
     </message>
@@ -516,6 +516,11 @@ Disconnettere ed uscire dall&apos;account?</translation>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>Connesso a %1</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>Ripristino della connessione a %1</translation>
     </message>
     <message>
         <location line="+3"/>

@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>接続済み</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>鍵の読み込みエラー。</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>お使いのシステムはタイムゾーンの変更に対応していません。</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>お使いのシステムはファイアウォールに対応していません。</translation>
     </message>
@@ -265,7 +265,7 @@ Disconnect and logout?</source>
         <translation>ログアウト</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Tavrin の更新</translation>
     </message>
@@ -481,29 +481,29 @@ Disconnect and logout?</source>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>再接続</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>切断</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>終了</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>接続は現在保護されていません！</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>接続は暗号化され、保護されています！</translation>
     </message>
@@ -516,6 +516,11 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>%1 に接続済み</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>%1 への接続を再確立しています</translation>
     </message>
     <message>
         <location line="+3"/>

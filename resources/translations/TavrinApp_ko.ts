@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>연결됨</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>키를 불러오는 중 오류가 발생했습니다.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>시스템에서 시간대 변경을 지원하지 않습니다.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>시스템에서 방화벽을 지원하지 않습니다.</translation>
     </message>
@@ -265,7 +265,7 @@ Disconnect and logout?</source>
         <translation>로그아웃</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Tavrin 업데이트</translation>
     </message>
@@ -481,29 +481,29 @@ Disconnect and logout?</source>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>다시 연결</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>연결 끊기</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>종료</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>현재 연결이 보호되지 않습니다!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>이제 연결이 암호화되어 보호됩니다!</translation>
     </message>
@@ -516,6 +516,11 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>%1에 연결됨</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>%1 연결을 다시 설정하는 중</translation>
     </message>
     <message>
         <location line="+3"/>

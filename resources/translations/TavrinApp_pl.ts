@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>Połączono</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>Błąd wczytywania klucza.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Zmiana strefy czasowej nie jest obsługiwana w Twoim systemie.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>Zapora nie jest obsługiwana w Twoim systemie.</translation>
     </message>
@@ -265,7 +265,7 @@ Rozłączyć i wylogować?</translation>
         <translation>Wyloguj</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Aktualizacja Tavrin</translation>
     </message>
@@ -481,29 +481,29 @@ Rozłączyć i wylogować?</translation>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>Połącz ponownie</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>Rozłącz</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>Zakończ</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>Twoje połączenie nie jest teraz chronione!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>Twoje połączenie jest teraz szyfrowane i chronione!</translation>
     </message>
@@ -516,6 +516,11 @@ Rozłączyć i wylogować?</translation>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>Połączono z %1</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>Przywracanie połączenia z %1</translation>
     </message>
     <message>
         <location line="+3"/>

@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>Bağlandı</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>Anahtar yüklenirken hata oluştu.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Saat dilimi değişikliği sisteminizde desteklenmiyor.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>Güvenlik duvarı sisteminizde desteklenmiyor.</translation>
     </message>
@@ -265,7 +265,7 @@ Bağlantı kesilip çıkış yapılsın mı?</translation>
         <translation>Çıkış</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Tavrin güncellemesi</translation>
     </message>
@@ -481,29 +481,29 @@ Bağlantı kesilip çıkış yapılsın mı?</translation>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>Yeniden bağlan</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>Bağlantıyı kes</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>Çıkış</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>Bağlantınız şu anda güvenli değil!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>Bağlantınız artık şifreli ve güvenli!</translation>
     </message>
@@ -516,6 +516,11 @@ Bağlantı kesilip çıkış yapılsın mı?</translation>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>%1 sunucusuna bağlandı</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>%1 bağlantısı yeniden kuruluyor</translation>
     </message>
     <message>
         <location line="+3"/>

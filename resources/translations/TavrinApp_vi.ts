@@ -47,7 +47,7 @@
 <context>
     <name>ConnectWindow</name>
     <message>
-        <location filename="../../ui/ConnectWindow.cpp" line="+206"/>
+        <location filename="../../ui/ConnectWindow.cpp" line="+210"/>
         <source>Connected</source>
         <translation>Đã kết nối</translation>
     </message>
@@ -109,12 +109,12 @@
         <translation>Lỗi tải khóa.</translation>
     </message>
     <message>
-        <location line="+98"/>
+        <location line="+99"/>
         <source>Timezone changes does not support on your system.</source>
         <translation>Hệ thống của bạn không hỗ trợ đổi múi giờ.</translation>
     </message>
     <message>
-        <location line="+239"/>
+        <location line="+257"/>
         <source>Firewall does not support on your system.</source>
         <translation>Hệ thống của bạn không hỗ trợ tường lửa.</translation>
     </message>
@@ -265,7 +265,7 @@ Ngắt kết nối và đăng xuất?</translation>
         <translation>Đăng xuất</translation>
     </message>
     <message>
-        <location line="+182"/>
+        <location line="+187"/>
         <source>Tavrin Update</source>
         <translation>Cập nhật Tavrin</translation>
     </message>
@@ -481,29 +481,29 @@ Ngắt kết nối và đăng xuất?</translation>
     </message>
     <message>
         <location line="+1"/>
-        <location line="+75"/>
+        <location line="+84"/>
         <source>Reconnect</source>
         <translation>Kết nối lại</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Disconnect</source>
         <translation>Ngắt kết nối</translation>
     </message>
     <message>
-        <location line="-74"/>
-        <location line="+75"/>
+        <location line="-83"/>
+        <location line="+84"/>
         <source>Quit</source>
         <translation>Thoát</translation>
     </message>
     <message>
-        <location line="-37"/>
+        <location line="-46"/>
         <source>Your connection is not secured now!</source>
         <translation>Kết nối của bạn hiện không được bảo vệ!</translation>
     </message>
     <message>
-        <location line="+23"/>
+        <location line="+32"/>
         <source>Your connection is encrypted and secured now!</source>
         <translation>Kết nối của bạn giờ đã được mã hóa và bảo vệ!</translation>
     </message>
@@ -516,6 +516,11 @@ Ngắt kết nối và đăng xuất?</translation>
         <location line="+3"/>
         <source>Connected to %1</source>
         <translation>Đã kết nối tới %1</translation>
+    </message>
+    <message>
+        <location line="+3"/>
+        <source>Re-establishing the connection to %1</source>
+        <translation>Đang thiết lập lại kết nối tới %1</translation>
     </message>
     <message>
         <location line="+3"/>

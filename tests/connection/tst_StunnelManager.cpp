@@ -50,19 +50,6 @@ private slots:
         QFile::remove(PidFile);
     }
 
-    // An empty server name is still written.
-    void configurationFile()
-    {
-        StunnelManager manager;
-        QVERIFY(manager.makeConfigFile(QStringLiteral("198.51.100.7"), 8443, QString()));
-        QCOMPARE(readFile(manager.configFilePath()),
-                 QStringLiteral("sslVersion = all\r\nsocket = l:TCP_NODELAY=1\r\nsocket = r:TCP_NODELAY=1\r\n"
-                                "pid =/tmp/tavrin-stunnel.pid\r\n[openvpn]\r\nclient = yes\r\nsni = \r\n"
-                                "accept = 127.0.0.1:%1\r\nconnect = 198.51.100.7:8443\r\n")
-                     .arg(manager.getPort())
-                     .toUtf8());
-    }
-
     // The second manager stands for the next connection, or the next run of the program after a crash.
     void secondStartStopsTheFirst()
     {
@@ -77,6 +64,25 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!alive(firstPid), 10000);
         QTRY_VERIFY_WITH_TIMEOUT(accepts(second.getPort()), 10000);
         QTRY_VERIFY(pidFromFile() != firstPid && alive(pidFromFile()));
+    }
+
+    // Only a stunnel that ends by itself is reported; started again, it listens on the same port.
+    void reportsAStunnelThatDiesAndRestartsIt()
+    {
+        StunnelManager manager;
+        QSignalSpy stopped(&manager, &StunnelManager::stopped);
+        manager.setConfigAndRunProcess(QStringLiteral("127.0.0.1"), 9, QStringLiteral("a.example"));
+        QTRY_VERIFY_WITH_TIMEOUT(accepts(manager.getPort()) && alive(pidFromFile()), 10000);
+        QTest::qWait(200); // the pid is watched from the next poll on
+        QCOMPARE(::kill(pidFromFile(), SIGKILL), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(stopped.count(), 1, 5000);
+
+        manager.restart();
+        QTRY_VERIFY_WITH_TIMEOUT(accepts(manager.getPort()) && alive(pidFromFile()), 10000);
+        QTest::qWait(200);
+        manager.killProcess();
+        QTest::qWait(300);
+        QCOMPARE(stopped.count(), 1);
     }
 
     // The pid file lies in /tmp: another local user can write it, or put a link there.

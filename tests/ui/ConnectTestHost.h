@@ -35,6 +35,7 @@ public:
         ++connectings;
         tray.setStatusConnecting();
     }
+    void setTrayStatusReestablishing() override { tray.setStatusReestablishing(); }
     void setTrayActiveServer(QString& name) override { tray.setActiveServer(name); }
 
     // The tray menu's connect entry, which carries the state and the server name.

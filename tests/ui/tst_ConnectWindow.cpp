@@ -231,6 +231,7 @@ private slots:
         const QLabel* status = m_page->findChild<QLabel*>("lbStatus");
         QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Re-establishing the connection..."), 15000);
         QVERIFY(m_page->findChild<QLabel*>("lbRates")->isHidden());
+        QCOMPARE(m_host->trayText(), QStringLiteral("Re-establishing the connection to Frankfurt"));
         QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Connected"), 5000);
         QVERIFY(!m_page->findChild<QLabel*>("lbRates")->isHidden());
         m_page->onClickConnect();
