@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #ifdef QT_TESTLIB_LIB
+#include <QSignalSpy>
 #include <QTest>
 #endif
 #ifdef QT_WIDGETS_LIB
@@ -53,12 +54,29 @@ void useFakeService(Service& service)
     qputenv("TAVRIN_API_URL", service.baseUrl().toUtf8());
     qputenv("TAVRIN_CA_FILE", QFile::encodeName(Service::caFile()));
 }
+
+// Signs in through the service client and returns the code of its answer, or -1 when none came.
+template <class Client>
+int signInAndWait(Client* client,
+                  const QString& user = QStringLiteral("demo"),
+                  const QString& password = QStringLiteral("demo"))
+{
+    QSignalSpy auth(client, &Client::auth);
+    client->authRequest(user, password);
+    return auth.wait(30000) ? auth.at(0).at(0).toInt() : -1;
+}
 #endif
 
 inline QByteArray readFile(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline bool writeFile(const QString& path, const QByteArray& data)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(data) == data.size();
 }
 
 // Readable by its owner, and not open to group or others in any way.

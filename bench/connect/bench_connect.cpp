@@ -31,6 +31,7 @@ public:
     void setTrayStatusConnected(bool) override { }
     void setTrayStatusDisconnected(bool) override { }
     void setTrayStatusConnecting() override { }
+    void setTrayStatusReestablishing() override { }
     void setTrayActiveServer(QString&) override { }
 };
 

@@ -68,10 +68,7 @@ private slots:
     void restartGivesTheSameAccountUntilCleared()
     {
         NetworkManager* nm = NetworkManager::instance();
-        QSignalSpy auth(nm, &NetworkManager::auth);
-        nm->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
-        QVERIFY(auth.wait(30000));
-        QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
+        QCOMPARE(signInAndWait(nm), int(NetworkManager::Success));
         const QStringList users = nm->cacheUsers();
         const QStringList subscriptions = subscriptionLines(nm);
         const QStringList servers = allServerLines(nm);
@@ -120,26 +117,6 @@ private slots:
             QCOMPARE(fieldsOf(loaded.at(0)), fieldsOf(expected));
         NetworkManager::resetInstance();
         QCOMPARE(LocalSettings::instance()->value(Keys::CachedServers).toStringList(), QStringList {expected});
-    }
-
-    void userLines_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QStringList>("users");
-        QTest::newRow("three parts load")
-            << QStringLiteral("vpn1||pw||2024-05-01T12:00:00") << QStringList {QStringLiteral("vpn1")};
-        QTest::newRow("a fourth part is skipped")
-            << QStringLiteral("vpn1||pw||2024-05-01T12:00:00||x") << QStringList();
-    }
-    void userLines()
-    {
-        QFETCH(QString, line);
-        LocalSettings::instance()->setValue(Keys::CachedUsers, QStringList {line});
-        NetworkManager* nm = restart();
-        QTEST(nm->cacheUsers(), "users");
-        if (line.endsWith(QLatin1String("00")))
-            QCOMPARE(nm->subscription(QStringLiteral("vpn1")).expiresTime(),
-                     QDateTime(QDate(2024, 5, 1), QTime(12, 0)));
     }
 
     // Damaged bytes keep what was read before the damage.

@@ -35,35 +35,30 @@ QByteArray packet(quint32 command, const QList<QPair<int, QVariant>>& fields = {
 
 // Signals fired at the calling thread every 200 us, with a handler that does not restart calls, as a
 // burst of SIGCHLD from finished ping processes would.
-class SignalStorm
+struct SignalStorm
 {
-public:
     SignalStorm()
-        : m_target(pthread_self())
     {
         struct sigaction action = {};
         action.sa_handler = [](int) {
         };
-        sigaction(SIGUSR1, &action, &m_previous);
-        m_thread = std::thread([this] {
-            while (!m_stop) {
-                pthread_kill(m_target, SIGUSR1);
+        sigaction(SIGUSR1, &action, &previous);
+        thread = std::thread([this, target = pthread_self()] {
+            while (!stop) {
+                pthread_kill(target, SIGUSR1);
                 std::this_thread::sleep_for(std::chrono::microseconds(200));
             }
         });
     }
     ~SignalStorm()
     {
-        m_stop = true;
-        m_thread.join();
-        sigaction(SIGUSR1, &m_previous, nullptr);
+        stop = true;
+        thread.join();
+        sigaction(SIGUSR1, &previous, nullptr);
     }
-
-private:
-    pthread_t m_target;
-    struct sigaction m_previous = {};
-    std::atomic<bool> m_stop {false};
-    std::thread m_thread;
+    struct sigaction previous = {};
+    std::atomic<bool> stop {false};
+    std::thread thread;
 };
 
 } // namespace
@@ -111,7 +106,7 @@ private slots:
         QFETCH(QByteArray, expected);
         ServiceConnector connector;
         QVERIFY(call(connector));
-        QCOMPARE(m_daemon->requestCount(), 1);
+        QCOMPARE(m_daemon->requests().size(), 1);
         const QByteArray actual = m_daemon->requests().constFirst();
         QCOMPARE(actual.size(), expected.size());
         // The first differing offset says more than two 64 kB dumps.
@@ -148,7 +143,7 @@ private slots:
         QVERIFY(!call(connector));
         // Nothing was sent: a later request is the first the daemon sees.
         QVERIFY(connector.firewallOff());
-        QCOMPARE(m_daemon->requestCount(), 1);
+        QCOMPARE(m_daemon->requests().size(), 1);
     }
 
     void replyDecidesResult_data()
@@ -157,9 +152,8 @@ private slots:
         QTest::addColumn<int>("resultByte");
         QTest::addColumn<bool>("expected");
         using B = FakeHelperDaemon::Behaviour;
-        QTest::newRow("result byte 0 is false") << B::Reply << 0 << false;
+        // A zero result is met through the page tests, a reply in pieces through signalsChangeNoAnswer.
         QTest::newRow("any non-zero result byte is true") << B::Reply << 0xff << true;
-        QTest::newRow("reply in several pieces is joined") << B::ReplyInPieces << 1 << true;
         QTest::newRow("daemon hangs up without replying") << B::CloseWithoutReply << 1 << false;
         // Held for the full 5 s receive time-out.
         QTest::newRow("daemon never replies") << B::StaySilent << 1 << false;
@@ -172,7 +166,7 @@ private slots:
         m_daemon->setResult(quint8(resultByte));
         ServiceConnector connector;
         QTEST(connector.firewallSupported(), "expected");
-        QCOMPARE(m_daemon->requestCount(), 1);
+        QCOMPARE(m_daemon->requests().size(), 1);
     }
 
     void noDaemonFailsAtOnce()

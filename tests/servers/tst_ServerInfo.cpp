@@ -1,6 +1,5 @@
 #include <QtTest>
 
-#include "ServerIdentif.h"
 #include "ServerInfo.h"
 
 class TestServerInfo : public QObject
@@ -18,8 +17,6 @@ private slots:
         QTest::addColumn<QString>("sni");
         using N = QList<int>;
         using S = QStringList;
-        QTest::newRow("nine fields give a default record") << "n;de;n;1.2.3.4;0;u;p;80;1194"
-                                                           << "" << S {} << S {} << N {0, 0, 0, 0} << "";
         QTest::newRow("ten fields, empty parts kept inside port lists, text numbers read as 0")
             << "n;f;t;i;yes;u;p;80..88;.;tcp"
             << "n" << S {"80", "", "88"} << S {"", ""} << N {0, 0, 0, 0} << "";
@@ -47,21 +44,6 @@ private slots:
         server.ping = 42;
         server.groupName = QStringLiteral("not written");
         QCOMPARE(QString(server), line);
-    }
-
-    void identifFromSettings_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("pair");
-        QTest::newRow("login and name") << "vpn123::Frankfurt" << QStringList {"vpn123", "Frankfurt"};
-        QTest::newRow("single colon is no separator") << "a:b" << QStringList {"", ""};
-    }
-    void identifFromSettings()
-    {
-        QFETCH(QString, text);
-        const ServerIdentif id = ::identifFromSettings(text);
-        QTEST((QStringList {id.first, id.second}), "pair");
-        QCOMPARE(identifToSettings(ServerIdentif("vpn123", "Frankfurt")), QStringLiteral("vpn123::Frankfurt"));
     }
 };
 

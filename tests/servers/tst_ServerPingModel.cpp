@@ -13,22 +13,6 @@ class TestServerPingModel : public QObject
     Q_OBJECT
 
 private slots:
-    void bestLocation_data()
-    {
-        QTest::addColumn<QString>("entries");
-        QTest::addColumn<QString>("best");
-        addRow("nothing measured gives the greatest name", "A:1:0 C:1:0 B:1:0", "C");
-        addRow("an unmeasured server overtakes a measured one", "A:1:30 B:1:20 C:1:0", "C");
-        addRow("equal latencies keep the first name", "B:1:20 A:1:20", "A");
-    }
-    void bestLocation()
-    {
-        QFETCH(QString, entries);
-        ServerPingModel model;
-        model.setServers(serversFromText(entries));
-        QTEST(model.getBestLocation().name, "best");
-    }
-
     void rowsSharingANameShareTheRecord()
     {
         Sorted sorted;
@@ -76,28 +60,23 @@ private slots:
         QCOMPARE(outline(sorted.proxy), rows.join(QLatin1Char(',')));
     }
 
+    // The page uses this proxy for its standard view and for searching (all servers, by name).
     void proxyViews_data()
     {
-        QTest::addColumn<QString>("view");
-        QTest::addColumn<QString>("search");
+        QTest::addColumn<QString>("search"); // null: the standard view
         QTest::addColumn<QString>("rows");
-        addRow("the proxy starts on standard servers", "", "", "fr-paris,Paris-FR");
-        addRow("double", "double", "", "Berlin,de-fra");
-        addRow("favourite whatever the kind", "favorite", "", "Berlin,fr-paris");
-        addRow("all without search", "all", "", "Berlin,de-fra,fr-paris,Paris-FR");
-        addRow("search ignores case", "all", "FR", "de-fra,fr-paris,Paris-FR");
+        addRow("standard", QString(), "fr-paris,Paris-FR");
+        addRow("all without search", "", "Berlin,de-fra,fr-paris,Paris-FR");
+        addRow("search ignores case", "FR", "de-fra,fr-paris,Paris-FR");
     }
     void proxyViews()
     {
-        QFETCH(QString, view);
         QFETCH(QString, search);
         Sorted sorted("fr-paris:1:0* Berlin:2:0* Paris-FR:1:0 de-fra:2:0 odd:0:0");
-        if (!view.isEmpty())
+        if (search.isNull())
+            sorted.proxy.showStandart();
+        else
             sorted.proxy.showAll(search);
-        if (view == "double")
-            sorted.proxy.showDouble();
-        else if (view == "favorite")
-            sorted.proxy.showFavorite();
         QTEST(outline(sorted.proxy), "rows");
     }
 };

@@ -1,5 +1,4 @@
 #include <QImageReader>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -24,8 +23,6 @@ private slots:
         QTest::addColumn<QString>("shown");
         QTest::newRow("time and flags are dropped")
             << QStringLiteral("1678000000,I,Initialization Sequence Completed") << "Initialization Sequence Completed";
-        QTest::newRow("commas inside the message vanish") << QStringLiteral("1678000000,I,a,b") << "ab";
-        QTest::newRow("two parts are joined, not cut") << QStringLiteral("a,b") << "ab";
         QTest::newRow("line breaks are removed") << QStringLiteral("1,I,first\r\nsecond\n") << "firstsecond";
         QTest::newRow("markup is shown as written") << QStringLiteral("1,W,<ca> & x") << "<ca> & x";
     }
@@ -47,8 +44,6 @@ private slots:
     {
         ProgressDlg dialog;
         dialog.show();
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Update"));
-        QCOMPARE(dialog.findChild<QLabel*>()->text(), QStringLiteral("Downloading update. Please wait..."));
         dialog.setProgress(0.999f);
         QCOMPARE(dialog.value(), 99); // truncated, not rounded
         dialog.setProgress(1.0f);
@@ -78,7 +73,6 @@ private slots:
         auto* bar = new MovableWidget(&window);
         bar->setGeometry(0, 0, 340, 30);
         bar->setMovingWindow(&window);
-        QCOMPARE(bar->title(), QStringLiteral("Tavrin 3.6.9"));
         window.move(100, 100);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
@@ -101,27 +95,16 @@ private slots:
         QCOMPARE(hidden.count(), 1);
     }
 
-    void messageBox_data()
+    void messageBoxWithoutTitleNamesTheProduct()
     {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("shownTitle");
-        QTest::newRow("own title is kept") << QStringLiteral("Logout") << "Logout";
-        QTest::newRow("no title falls back to the product") << QString() << "Tavrin";
-    }
-
-    void messageBox()
-    {
-        QFETCH(QString, title);
-        const auto buttons = QMessageBox::Yes | QMessageBox::No | QMessageBox::Ok | QMessageBox::Cancel;
-        auto box = CustomMessageBox::create(
-            CustomMessageBox::Kind::Question, nullptr, title, QStringLiteral("text"), buttons, QMessageBox::No);
-        QTEST(box->windowTitle(), "shownTitle");
+        auto box = CustomMessageBox::create(CustomMessageBox::Kind::Question,
+                                            nullptr,
+                                            QString(),
+                                            QStringLiteral("text"),
+                                            QMessageBox::Yes | QMessageBox::No,
+                                            QMessageBox::No);
+        QCOMPARE(box->windowTitle(), QStringLiteral("Tavrin"));
         QVERIFY(!box->iconPixmap().isNull());
-        QStringList texts;
-        for (QMessageBox::StandardButton button :
-             {QMessageBox::Yes, QMessageBox::No, QMessageBox::Ok, QMessageBox::Cancel})
-            texts << box->button(button)->text();
-        QCOMPARE(texts, (QStringList {"Yes", "No", "Ok", "Cancel"}));
         QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
     }
 

@@ -8,9 +8,6 @@
 #include "SettingsWindow.h"
 #include "TestEnvironment.h"
 
-using Protocols = QList<PROTOCOL_TYPE>;
-Q_DECLARE_METATYPE(Protocols)
-
 class TestSettingsWindow : public QObject
 {
     Q_OBJECT
@@ -24,32 +21,18 @@ private slots:
         m_page.reset(new SettingsWindow);
     }
 
-    void protocolChoice_data()
-    {
-        QTest::addColumn<Protocols>("offered");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QStringList>("items");
-        QTest::addColumn<QString>("saved");
-        QTest::newRow("an unoffered protocol gives the first offered")
-            << Protocols {OpenVpnUdp, Stealth} << "tcp" << QStringList {"udp", "stealth"} << "udp";
-        QTest::newRow("unknown ids are ignored")
-            << Protocols {PPTP, Stealth} << "stealth" << QStringList {"stealth"} << "stealth";
-    }
+    // Only the offered protocols are listed; a stored one not offered gives way to the first offered.
     void protocolChoice()
     {
-        QFETCH(Protocols, offered);
-        QFETCH(QString, stored);
-        QFETCH(QStringList, items);
-        QFETCH(QString, saved);
-        LocalSettings::instance()->setValue(Keys::OvpnProtocol, stored);
-        m_page->loadSettings(offered);
+        LocalSettings::instance()->setValue(Keys::OvpnProtocol, QStringLiteral("tcp"));
+        m_page->loadSettings({OpenVpnUdp, Stealth});
         QStringList shown;
         for (int i = 0; i < m_page->protocolBox()->count(); ++i)
             shown.append(m_page->protocolBox()->itemData(i).toString());
-        QCOMPARE(shown, items);
+        QCOMPARE(shown, (QStringList {"udp", "stealth"}));
         // Leaving the page saves it.
         QTest::mouseClick(m_page->backButton(), Qt::LeftButton);
-        QCOMPARE(LocalSettings::instance()->value(Keys::OvpnProtocol).toString(), saved);
+        QCOMPARE(LocalSettings::instance()->value(Keys::OvpnProtocol).toString(), QStringLiteral("udp"));
     }
 
     void optionsLoadAndSave()

@@ -16,9 +16,15 @@ namespace {
 constexpr int PollStepMs = 50;
 constexpr int RequestTimeoutMs = 5000;
 
-} // namespace
+// The port after "--management 127.0.0.1 " in an argument string, or 0.
+quint16 managementPortFrom(const QString& arguments)
+{
+    static const QRegularExpression pattern(QStringLiteral("--management 127\\.0\\.0\\.1 (\\d+)"));
+    const QRegularExpressionMatch match = pattern.match(arguments);
+    return match.hasMatch() ? quint16(match.captured(1).toUInt()) : 0;
+}
 
-FakeHelperDaemon::FakeHelperDaemon() = default;
+} // namespace
 
 FakeHelperDaemon::~FakeHelperDaemon()
 {
@@ -54,12 +60,6 @@ QList<QByteArray> FakeHelperDaemon::requests() const
     return m_requests;
 }
 
-int FakeHelperDaemon::requestCount() const
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_requests.size();
-}
-
 FakeManagementPort* FakeHelperDaemon::managementPort() const
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -77,13 +77,6 @@ QString FakeHelperDaemon::ucs4Field(const QByteArray& request, int offset, int s
         codePoints.append(codePoint);
     }
     return QString::fromUcs4(codePoints.constData(), codePoints.size());
-}
-
-quint16 FakeHelperDaemon::managementPortFrom(const QString& arguments)
-{
-    static const QRegularExpression pattern(QStringLiteral("--management 127\\.0\\.0\\.1 (\\d+)"));
-    const QRegularExpressionMatch match = pattern.match(arguments);
-    return match.hasMatch() ? quint16(match.captured(1).toUInt()) : 0;
 }
 
 void FakeHelperDaemon::serve()

@@ -26,7 +26,7 @@ public:
         StaySilent, // read the request, keep the connection open, never answer
     };
 
-    FakeHelperDaemon();
+    FakeHelperDaemon() = default;
     ~FakeHelperDaemon();
     FakeHelperDaemon(const FakeHelperDaemon&) = delete;
     FakeHelperDaemon& operator=(const FakeHelperDaemon&) = delete;
@@ -42,14 +42,11 @@ public:
 
     // Full requests as received (64005 bytes each unless the client sent less before closing).
     QList<QByteArray> requests() const;
-    int requestCount() const;
     // The management port opened for the latest run-OpenVPN request, or null.
     FakeManagementPort* managementPort() const;
 
     // Decodes a zero-filled UCS-4 field of a request.
     static QString ucs4Field(const QByteArray& request, int offset, int size);
-    // The port after "--management 127.0.0.1 " in an argument string, or 0.
-    static quint16 managementPortFrom(const QString& arguments);
 
 private:
     void serve();

@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int PollStepMs = 50;
+constexpr int ExpectTimeoutMs = 10000; // how long an expectation waits for the client's line
 
 } // namespace
 
@@ -80,12 +81,6 @@ QList<QString> FakeManagementPort::mismatches() const
     return m_mismatches;
 }
 
-void FakeManagementPort::addMismatch(const QString& text)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_mismatches.append(text);
-}
-
 bool FakeManagementPort::readLine(int fd, QByteArray& line, int timeoutMs)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
@@ -100,7 +95,7 @@ bool FakeManagementPort::readLine(int fd, QByteArray& line, int timeoutMs)
             m_received.append(line);
             return true;
         }
-        if (m_stop || std::chrono::steady_clock::now() >= deadline)
+        if (m_stop || (timeoutMs >= 0 && std::chrono::steady_clock::now() >= deadline))
             return false;
         pollfd p {fd, POLLIN, 0};
         if (::poll(&p, 1, PollStepMs) <= 0)
@@ -134,12 +129,12 @@ void FakeManagementPort::serve()
             break;
         case ManagementScript::Step::Expect: {
             QByteArray line;
-            if (!readLine(client, line, ExpectTimeoutMs)) {
-                addMismatch(QStringLiteral("expected \"%1\", got nothing").arg(QString::fromUtf8(step.text)));
-                open = false;
-            } else if (line != step.text) {
-                addMismatch(QStringLiteral("expected \"%1\", got \"%2\"")
-                                .arg(QString::fromUtf8(step.text), QString::fromUtf8(line)));
+            open = readLine(client, line, ExpectTimeoutMs);
+            if (!open || line != step.text) {
+                const QString got
+                    = open ? QLatin1Char('"') + QString::fromUtf8(line) + QLatin1Char('"') : QStringLiteral("nothing");
+                std::lock_guard<std::mutex> lock(m_mutex);
+                m_mismatches.append(QStringLiteral("expected \"%1\", got %2").arg(QString::fromUtf8(step.text), got));
             }
             break;
         }
@@ -154,20 +149,7 @@ void FakeManagementPort::serve()
     m_finished = true;
 
     // Without a close step the connection stays up; keep recording until the client leaves.
-    if (open) {
-        QByteArray line;
-        for (;;) {
-            if (readLine(client, line, PollStepMs))
-                continue;
-            if (m_stop)
-                break;
-            pollfd p {client, POLLIN, 0};
-            if (::poll(&p, 1, 0) > 0) {
-                char c;
-                if (::recv(client, &c, 1, MSG_PEEK) <= 0)
-                    break;
-            }
-        }
-    }
+    QByteArray line;
+    while (open && readLine(client, line, -1)) { }
     ::close(client);
 }

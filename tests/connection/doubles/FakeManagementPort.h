@@ -31,9 +31,6 @@ public:
     // The script has run to its end (or was cut short by a mismatch or a closed client).
     bool finished() const { return m_finished; }
 
-    // How long an expectation waits for the client's line.
-    static constexpr int ExpectTimeoutMs = 10000;
-
     // Shared with the fake helper daemon: a socket listening on 127.0.0.1:port (0 picks a free port, put in
     // *bound), or -1; and a send of all the bytes, false once the peer is gone.
     static int listenOnLoopback(quint16 port, quint16* bound);
@@ -41,8 +38,8 @@ public:
 
 private:
     void serve();
+    // The next line from the client, false once it is gone, stopped or the time-out (none if negative) passed.
     bool readLine(int fd, QByteArray& line, int timeoutMs);
-    void addMismatch(const QString& text);
 
     ManagementScript m_script;
     int m_listenFd = -1;

@@ -2,30 +2,6 @@
 
 #include <QFile>
 
-ManagementScript& ManagementScript::send(const QByteArray& line)
-{
-    steps.append({Step::Send, line, 0});
-    return *this;
-}
-
-ManagementScript& ManagementScript::expect(const QByteArray& line)
-{
-    steps.append({Step::Expect, line, 0});
-    return *this;
-}
-
-ManagementScript& ManagementScript::pause(int ms)
-{
-    steps.append({Step::Pause, {}, ms});
-    return *this;
-}
-
-ManagementScript& ManagementScript::close()
-{
-    steps.append({Step::Close, {}, 0});
-    return *this;
-}
-
 ManagementScript ManagementScript::parse(const QByteArray& text, QString* error)
 {
     ManagementScript script;
@@ -41,7 +17,7 @@ ManagementScript ManagementScript::parse(const QByteArray& text, QString* error)
         } else if (line.startsWith("C: ")) {
             script.expect(line.mid(3));
         } else if (line.startsWith("pause ")) {
-            script.pause(line.mid(6).toInt());
+            script.add(Step::Pause, {}, line.mid(6).toInt());
         } else if (line == "close") {
             script.close();
         } else {

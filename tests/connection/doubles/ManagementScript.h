@@ -17,12 +17,7 @@ struct ManagementScript
 {
     struct Step
     {
-        enum Kind {
-            Send,
-            Expect,
-            Pause,
-            Close,
-        };
+        enum Kind { Send, Expect, Pause, Close };
         Kind kind;
         QByteArray text;
         int pauseMs = 0;
@@ -30,10 +25,14 @@ struct ManagementScript
 
     QList<Step> steps;
 
-    ManagementScript& send(const QByteArray& line);
-    ManagementScript& expect(const QByteArray& line);
-    ManagementScript& pause(int ms);
-    ManagementScript& close();
+    ManagementScript& send(const QByteArray& line) { return add(Step::Send, line); }
+    ManagementScript& expect(const QByteArray& line) { return add(Step::Expect, line); }
+    ManagementScript& close() { return add(Step::Close); }
+    ManagementScript& add(Step::Kind kind, const QByteArray& text = {}, int pauseMs = 0)
+    {
+        steps.append({kind, text, pauseMs});
+        return *this;
+    }
 
     // Steps read from the text form; an unknown step makes the result empty and sets *error.
     static ManagementScript parse(const QByteArray& text, QString* error = nullptr);
