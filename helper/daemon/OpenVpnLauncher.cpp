@@ -12,6 +12,7 @@
 
 #include <QDebug>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -29,6 +30,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -46,6 +48,7 @@ constexpr int ManagementWaitMs = 3000;
 struct OpenVpnLauncher::Run
 {
     QString resolverScript;
+    QString resolvConf; // watched while OpenVPN runs
     QString record; // pid and start time, for a daemon that starts again after a crash
     QString config; // the private copy, which holds the private key
     pid_t pid = -1;
@@ -84,19 +87,70 @@ void logLines(QByteArray& pending, bool flush)
     }
 }
 
-// Runs the up/down script as OpenVPN runs it on the way down; it puts back what it saved, and
-// does nothing when there is nothing to put back.
+// Runs the up/down script for the daemon: "down" undoes what its last "up" put in force (and
+// does nothing when nothing is), "check" writes the tunnel's servers again into a resolver file
+// that something replaced.
+bool runResolverScript(const QString& script, const QString& type)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("script_type"), type);
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(script, QStringList());
+    return process.waitForFinished(StopTimeoutMs) && process.exitStatus() == QProcess::NormalExit
+        && process.exitCode() == 0;
+}
+
 void restoreResolver(const QString& script)
 {
-    QProcess down;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("script_type"), QStringLiteral("down"));
-    down.setProcessEnvironment(environment);
-    down.setProcessChannelMode(QProcess::ForwardedChannels);
-    down.start(script, QStringList());
-    if (!down.waitForFinished(StopTimeoutMs) || down.exitCode() != 0)
+    if (!runResolverScript(script, QStringLiteral("down")))
         qWarning().noquote() << "openvpn: the resolver could not be put back with" << script;
 }
+
+QString resolvConfPath()
+{
+    return QProcessEnvironment::systemEnvironment().value(QStringLiteral("TAVRIN_HELPERD_ROOT"))
+        + QStringLiteral("/etc/resolv.conf");
+}
+
+// Watches the resolver file and its directory for another program (NetworkManager, a DHCP
+// client) writing or replacing the file while the tunnel's servers are in force there.
+class ResolverFileWatch
+{
+public:
+    explicit ResolverFileWatch(const QString& path)
+        : m_file(QFile::encodeName(path))
+        , m_fd(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        if (m_fd < 0)
+            return;
+        ::inotify_add_watch(m_fd,
+                            QFile::encodeName(QFileInfo(path).path()).constData(),
+                            IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_DELETE | IN_ONLYDIR);
+        watchFile();
+    }
+    ~ResolverFileWatch()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    int fd() const { return m_fd; }
+    // Reads the events that woke us; the file is watched again, as it may be a new one now.
+    void drain()
+    {
+        char buffer[4096];
+        while (::read(m_fd, buffer, sizeof buffer) > 0) { }
+        watchFile();
+    }
+
+private:
+    // The file itself too: a bind-mounted file reports its writes only there.
+    void watchFile() { ::inotify_add_watch(m_fd, m_file.constData(), IN_CLOSE_WRITE | IN_DONT_FOLLOW); }
+
+    QByteArray m_file;
+    int m_fd;
+};
 
 // The start time of a process in clock ticks since boot, or empty when it is gone.
 QByteArray startTime(qint64 pid)
@@ -108,11 +162,12 @@ QByteArray startTime(qint64 pid)
 // reservation and tells the owner the tunnel process is gone.
 void watch(const std::shared_ptr<OpenVpnLauncher::Run>& run, TunnelOwner& owner)
 {
-    pollfd fds[2] = {{run->output, POLLIN, 0}, {run->pidfd, POLLIN, 0}};
+    ResolverFileWatch resolver(run->resolvConf);
+    pollfd fds[3] = {{run->output, POLLIN, 0}, {run->pidfd, POLLIN, 0}, {resolver.fd(), POLLIN, 0}};
     QByteArray pending;
     char buffer[4096];
     for (;;) {
-        if (::poll(fds, 2, -1) < 0) {
+        if (::poll(fds, 3, -1) < 0) {
             if (errno == EINTR)
                 continue;
             break;
@@ -128,6 +183,11 @@ void watch(const std::shared_ptr<OpenVpnLauncher::Run>& run, TunnelOwner& owner)
         }
         if (fds[1].revents)
             break;
+        if (fds[2].revents) {
+            resolver.drain();
+            if (!runResolverScript(run->resolverScript, QStringLiteral("check")))
+                qWarning().noquote() << "openvpn: the tunnel's DNS servers could not be written again";
+        }
     }
     int status = 0;
     while (::waitpid(run->pid, &status, 0) < 0 && errno == EINTR) { }
@@ -394,6 +454,7 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString&
         return false;
     }
     run->resolverScript = m_resolverScript;
+    run->resolvConf = resolvConfPath();
     run->record = recordFile();
     run->config = copy;
     QSaveFile record(run->record);
