@@ -29,6 +29,8 @@ public:
     void killProcess();
     // Starts stunnel again with the configuration of the last start: the same server and local port.
     void restart();
+    // Removes the configuration directories that earlier runs, killed before they could, left.
+    void removeLeftovers() const;
 
     QString configFilePath() const;
 

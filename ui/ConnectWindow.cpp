@@ -98,6 +98,7 @@ ConnectWindow::ConnectWindow(ConnectHost* host, QWidget* parent)
     m_stunnel.reset(new StunnelManager());
     // What a run that crashed left: its stunnel, and its configuration with the private key.
     m_stunnel->killProcess();
+    m_stunnel->removeLeftovers();
     connect(m_stunnel.data(), &StunnelManager::stopped, this, &ConnectWindow::onStunnelStopped);
     MakeOVPNFile::removeLeftovers();
     m_firewall.killConnect = setting(Keys::KillConnect).toBool();

@@ -431,7 +431,10 @@ bool OpenVpnLauncher::start(const QString& arguments, qint64 callerUid, QString&
                       QStringLiteral("--up"),
                       m_resolverScript,
                       QStringLiteral("--down"),
-                      m_resolverScript};
+                      m_resolverScript,
+                      // The resolver goes back before the device does: queries for the tunnel's
+                      // server would otherwise take the default route for a moment.
+                      QStringLiteral("--down-pre")};
     // OpenVPN hands its scripts only the variables it sets itself: pass the test root on.
     const QString root = QProcessEnvironment::systemEnvironment().value(QStringLiteral("TAVRIN_HELPERD_ROOT"));
     if (!root.isEmpty())

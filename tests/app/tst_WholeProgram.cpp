@@ -2,21 +2,27 @@
 // bus, in the client namespace of the helper's end-to-end lab, with the real helper daemon and
 // OpenVPN server and the fake service. It signs in from its remembered account, is connected,
 // disconnected and quit through its tray menu as a desktop panel would, and must leave nothing
-// behind. The machine's own namespace is never changed.
+// behind, also when a part of the whole fails under it. The machine's own namespace is never
+// changed.
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
 #include <QDBusVariant>
+#include <QDeadlineTimer>
 #include <QMutex>
 #include <QNetworkInterface>
+#include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QTcpSocket>
 #include <QThread>
 #include <QtTest>
 
+#include <atomic>
 #include <csignal>
+#include <thread>
 
 #include "Constants.h"
 #include "FakeService.h"
@@ -27,6 +33,18 @@ namespace {
 
 const QString Location = QStringLiteral("Lab");
 const QString WatcherConnection = QStringLiteral("tavrin-e2e-panel");
+const char* const CountTable = "tvn_e2e_count";
+
+enum class Fault {
+    OpenVpnKilled,
+    DaemonKilled, // and started again
+    DaemonStopped,
+    ProgramKilled,
+    ProgramTerminated,
+    LinkDown,
+    StunnelKilled,
+    ChildSignals, // a burst of SIGCHLD while the program talks to the daemon
+};
 
 QByteArray readFile(const QString& path)
 {
@@ -50,6 +68,11 @@ int run(const QString& program, const QStringList& arguments, QByteArray* output
 bool pings(const QString& address)
 {
     return run(QStringLiteral("ping"), {"-c", "2", "-i", "0.2", "-W", "1", address}) == 0;
+}
+
+bool firewallTable()
+{
+    return run(QStringLiteral("nft"), {"list", "table", "inet", "tavrin"}) == 0;
 }
 
 bool tcpReachable(const char* address, int port)
@@ -99,6 +122,8 @@ struct MenuItem
 
 } // namespace
 
+Q_DECLARE_METATYPE(Fault)
+
 class TestWholeProgram : public QObject
 {
     Q_OBJECT
@@ -109,6 +134,8 @@ private slots:
     void cleanup();
     void connectsThroughTheTrayAndQuitsClean_data();
     void connectsThroughTheTrayAndQuitsClean();
+    void survivesAFault_data();
+    void survivesAFault();
     void takesTheOfferedUpdate();
 
 private:
@@ -119,7 +146,12 @@ private:
 
     void rememberAccount(const QString& protocol, bool killSwitch);
     void startProgram();
+    void disconnectTray();
     void quit();
+    void verifyNothingLeft();
+    bool awaitLabel(const QString& label, int timeoutMs);
+    bool startCounting(const QString& tunnelServer);
+    QMap<QString, int> stopCounting();
     QList<MenuItem> trayMenu();
     MenuItem connectItem();
     void clickTray(const MenuItem& item);
@@ -137,6 +169,9 @@ private:
     StatusNotifierWatcherDouble m_watcher;
     QScopedPointer<QDBusConnection> m_panel;
     QProcess m_program;
+    std::atomic<pid_t> m_programPid {0}; // for another thread
+    QProcess m_traffic;
+    QStringList m_seen; // the labels the tray has shown since the count began
     QString m_trayService;
     QString m_menuPath;
     bool m_labUsed = false;
@@ -247,6 +282,12 @@ void TestWholeProgram::cleanup()
                           << readFile(m_root.path() + QStringLiteral("/program.out")).right(2000);
         qInfo().noquote() << "program log:\n" << programLog().right(6000);
         qInfo().noquote() << "daemon log:\n" << m_lab.daemonLog().right(3000);
+        // What a fault left for the rows that follow: the link, the daemon, the count.
+        stopProcess(m_traffic);
+        run(QStringLiteral("nft"), {"delete", "table", "inet", CountTable});
+        E2eLab::setServerLink(true);
+        if (m_lab.daemonPid() == 0)
+            m_lab.startDaemon();
     }
     stopProcess(m_program);
     // A program that had to be killed leaves its temporary files; the next run must not see them.
@@ -297,6 +338,7 @@ void TestWholeProgram::startProgram()
     m_menuPath.clear();
     m_program.start(m_root.path() + QStringLiteral("/bin/tavrin"), QStringList());
     QVERIFY(m_program.waitForStarted());
+    m_programPid = pid_t(m_program.processId());
 
     // The tray icon registers with the panel under a name that carries the process id.
     const QString tag = QStringLiteral("-%1-").arg(m_program.processId());
@@ -309,6 +351,18 @@ void TestWholeProgram::startProgram()
         return !m_trayService.isEmpty();
     };
     QTRY_VERIFY_WITH_TIMEOUT(registered(), 15000);
+}
+
+// Ends the connection through the tray, as the user does before quitting: Quit asks first while
+// the connection is up.
+void TestWholeProgram::disconnectTray()
+{
+    const QList<MenuItem> menu = trayMenu();
+    QCOMPARE(menu.size(), 5);
+    QCOMPARE(menu.at(3).label, QStringLiteral("Disconnect"));
+    QVERIFY(menu.at(3).enabled);
+    clickTray(menu.at(3));
+    QTRY_COMPARE_WITH_TIMEOUT(connectItem().label, QStringLiteral("Connect %1").arg(Location), 20000);
 }
 
 void TestWholeProgram::quit()
@@ -408,14 +462,10 @@ void TestWholeProgram::connectsThroughTheTrayAndQuitsClean_data()
     QTest::addColumn<QString>("protocol");
     QTest::addColumn<QString>("tunnelServer");
     QTest::addColumn<bool>("killSwitch");
-    QTest::addColumn<bool>("terminated"); // ended by SIGTERM while connected, as at log-out
 
-    const QString udp = QString::fromLatin1(E2eLab::UdpTunnelServer);
-    QTest::newRow("OpenVPN over UDP") << QStringLiteral("udp") << udp << false << false;
+    QTest::newRow("OpenVPN over UDP") << QStringLiteral("udp") << QString::fromLatin1(E2eLab::UdpTunnelServer) << false;
     QTest::newRow("Imitation HTTPS behind the kill switch")
-        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << true << false;
-    QTest::newRow("OpenVPN over UDP behind the kill switch, ended by SIGTERM")
-        << QStringLiteral("udp") << udp << true << true;
+        << QStringLiteral("stealth") << QString::fromLatin1(E2eLab::TcpTunnelServer) << true;
 }
 
 void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
@@ -423,7 +473,6 @@ void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
     QFETCH(QString, protocol);
     QFETCH(QString, tunnelServer);
     QFETCH(bool, killSwitch);
-    QFETCH(bool, terminated);
 
     rememberAccount(protocol, killSwitch);
     startProgram();
@@ -437,36 +486,282 @@ void TestWholeProgram::connectsThroughTheTrayAndQuitsClean()
     QVERIFY2(pings(tunnelServer), "no answer through the tunnel");
     QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), !killSwitch);
 
-    if (terminated) {
-        QCOMPARE(::kill(pid_t(m_program.processId()), SIGTERM), 0);
-        QVERIFY(m_program.waitForFinished(15000));
-        QCOMPARE(m_program.exitStatus(), QProcess::NormalExit);
-    } else {
-        const QList<MenuItem> connected = trayMenu();
-        QCOMPARE(connected.size(), 5);
-        QCOMPARE(connected.at(3).label, QStringLiteral("Disconnect"));
-        QVERIFY(connected.at(3).enabled);
-        clickTray(connected.at(3));
-        QTRY_COMPARE_WITH_TIMEOUT(connectItem().label, QStringLiteral("Connect %1").arg(Location), 20000);
-        QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 10000);
-        QVERIFY(!pings(tunnelServer));
-        quit();
-    }
-    if (QTest::currentTestFailed())
-        return;
+    disconnectTray();
+    QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 10000);
+    QVERIFY(!pings(tunnelServer));
+    quit();
+    if (!QTest::currentTestFailed())
+        verifyNothingLeft();
+}
 
-    // Nothing is left: no process, tunnel device, firewall table or temporary file.
+// Nothing is left: no process, tunnel device, firewall table or temporary file; and the daemon
+// runs for what comes next.
+void TestWholeProgram::verifyNothingLeft()
+{
     for (const char* name : {"tavrin", "openvpn", "stunnel4", "stunnel"})
         QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient(name), 0, 5000);
     for (const QNetworkInterface& device : QNetworkInterface::allInterfaces())
         QVERIFY2(!device.name().startsWith(QLatin1String("tun")), qPrintable(device.name()));
+    // The daemon tidies up after its OpenVPN has ended, which may be just now.
     QByteArray tables;
-    QCOMPARE(run(QStringLiteral("nft"), {"list", "tables"}, &tables), 0);
-    QVERIFY2(!tables.contains("tavrin"), tables.constData());
+    QTRY_VERIFY2_WITH_TIMEOUT(run(QStringLiteral("nft"), {"list", "tables"}, &tables) == 0
+                                  && !tables.contains("tavrin"),
+                              tables.constData(),
+                              5000);
+    QTRY_COMPARE_WITH_TIMEOUT(readFile(m_lab.resolvConf()), m_lab.originalResolvConf(), 5000);
     QCOMPARE(QDir(programTemp()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden).join(", "),
              QString());
     QVERIFY(!QFile::exists(QStringLiteral("/tmp/tavrin-stunnel.pid")));
-    QCOMPARE(readFile(m_lab.resolvConf()), m_lab.originalResolvConf());
+    QVERIFY(m_lab.daemonPid() > 0);
+}
+
+// Watches the tray's connection entry until it reads label; false when it has not within
+// timeoutMs. Every label it shows meanwhile is kept in m_seen.
+bool TestWholeProgram::awaitLabel(const QString& label, int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    for (;;) {
+        const QString shown = connectItem().label;
+        if (!shown.isEmpty() && (m_seen.isEmpty() || m_seen.last() != shown))
+            m_seen << shown;
+        if (shown == label)
+            return true;
+        if (deadline.hasExpired())
+            return false;
+        QTest::qWait(50);
+    }
+}
+
+// Counts from now on what leaves the client's end of the link outside the tunnel (all but the
+// tunnel's own transport to the server, the ICMP errors on it and neighbour discovery), the name
+// lookups among it and those addressed to the tunnels' name servers; while a loop looks up a name
+// at the resolver in force and pings the tunnel's server, every 150 ms.
+bool TestWholeProgram::startCounting(const QString& tunnelServer)
+{
+    m_seen = QStringList(connectItem().label);
+    const QString server = QLatin1String(E2eLab::ServerAddress);
+    const QString rules
+        = QStringLiteral(
+              "table inet %1\ndelete table inet %1\ntable inet %1 {\n"
+              "counter outside { }\ncounter dns { }\ncounter tunneldns { }\n"
+              "chain postrouting {\ntype filter hook postrouting priority 100; policy accept;\n"
+              "oifname != \"%2\" return\n"
+              "ip daddr %3 udp dport 1194 return\nip daddr %3 tcp dport { 80, %4 } return\n"
+              "ip daddr %3 icmp type destination-unreachable return\n"
+              "icmpv6 type { nd-router-solicit, nd-neighbor-solicit, nd-neighbor-advert, mld2-listener-report } "
+              "return\n"
+              "counter name \"outside\"\nmeta l4proto { tcp, udp } th dport { 53, 853 } counter name \"dns\"\n"
+              "ip daddr { 10.232.0.0/24, 10.233.0.0/24 } meta l4proto { tcp, udp } th dport { 53, 853 } "
+              "counter name \"tunneldns\"\n}\n}\n")
+              .arg(QLatin1String(CountTable), QLatin1String(E2eLab::ClientLink), server)
+              .arg(E2eLab::StealthPort);
+    if (run(QStringLiteral("nft"), {rules}) != 0)
+        return false;
+    const QString loop = QStringLiteral(
+        "while :; do ns=; while read -r key value _; do [ \"$key\" = nameserver ] && ns=$value && break; done <\"$1\"\n"
+        "{ printf '\\x12\\x34\\x01\\0\\0\\x01\\0\\0\\0\\0\\0\\0\\x04leak\\x04test\\0\\0\\x01\\0\\x01' "
+        ">/dev/udp/$ns/53; } 2>/dev/null\n"
+        "ping -c 1 -W 1 \"$2\" >/dev/null 2>&1 & sleep 0.15; done");
+    m_traffic.start(QStringLiteral("bash"), {"-c", loop, "traffic", m_lab.resolvConf(), tunnelServer});
+    return m_traffic.waitForStarted();
+}
+
+// Ends the traffic and the count: the packets counted, by counter.
+QMap<QString, int> TestWholeProgram::stopCounting()
+{
+    stopProcess(m_traffic);
+    QByteArray listing;
+    run(QStringLiteral("nft"), {"list", "counters", "table", "inet", CountTable}, &listing);
+    run(QStringLiteral("nft"), {"delete", "table", "inet", CountTable});
+    QMap<QString, int> counts;
+    QRegularExpressionMatchIterator it = QRegularExpression(QStringLiteral("counter (\\w+) \\{\\s*packets (\\d+)"))
+                                             .globalMatch(QString::fromLatin1(listing));
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        counts.insert(match.captured(1), match.captured(2).toInt());
+    }
+    return counts;
+}
+
+void TestWholeProgram::survivesAFault_data()
+{
+    QTest::addColumn<Fault>("fault");
+    QTest::addColumn<bool>("killSwitch");
+
+    const QPair<const char*, Fault> faults[] = {
+        {"OpenVPN killed", Fault::OpenVpnKilled},
+        {"daemon killed and restarted", Fault::DaemonKilled},
+        {"daemon stopped", Fault::DaemonStopped},
+        {"program killed", Fault::ProgramKilled},
+        {"program sent SIGTERM", Fault::ProgramTerminated},
+        {"link down for 20 s", Fault::LinkDown},
+        {"stunnel killed", Fault::StunnelKilled}, // the only one over the imitation of HTTPS
+        {"SIGCHLD burst while connecting", Fault::ChildSignals},
+    };
+    for (const auto& fault : faults) {
+        for (bool killSwitch : {false, true})
+            QTest::addRow("%s, kill switch %s", fault.first, killSwitch ? "on" : "off") << fault.second << killSwitch;
+    }
+}
+
+// Connected, the program meets a fault. Through it nothing may leave outside the tunnel behind the
+// kill switch, and no name lookup may go to the tunnel's name server over the bare link; the page
+// ends as the fault calls for, and the program leaves nothing behind when it quits.
+void TestWholeProgram::survivesAFault()
+{
+    QFETCH(Fault, fault);
+    QFETCH(bool, killSwitch);
+    const bool stealth = fault == Fault::StunnelKilled;
+    const QString tunnelServer = QLatin1String(stealth ? E2eLab::TcpTunnelServer : E2eLab::UdpTunnelServer);
+    const QString idle = QStringLiteral("Connect %1").arg(Location);
+    const QString connected = QStringLiteral("Connected to %1").arg(Location);
+    const QString again = QStringLiteral("Re-establishing the connection to %1").arg(Location);
+    const auto killInClient = [this](const QByteArray& name) {
+        const QStringList pids = m_lab.processIdsInClient(name);
+        return pids.size() == 1 && ::kill(pid_t(pids.first().toInt()), SIGKILL) == 0;
+    };
+
+    rememberAccount(stealth ? QStringLiteral("stealth") : QStringLiteral("udp"), killSwitch);
+    // SIGCHLD as finished children send it, through the daemon exchanges of the start (the kill
+    // switch) and of the connection.
+    std::atomic<bool> bursting {fault == Fault::ChildSignals};
+    m_programPid = 0;
+    std::thread burst([this, &bursting] {
+        while (bursting) {
+            if (const pid_t pid = m_programPid)
+                ::kill(pid, SIGCHLD);
+            ::usleep(200);
+        }
+    });
+    const auto endBurst = qScopeGuard([&] {
+        bursting = false;
+        burst.join();
+    });
+    startProgram();
+    const pid_t pid = m_programPid;
+    QVERIFY(awaitLabel(idle, 20000));
+    QTRY_VERIFY(connectItem().enabled);
+    QTRY_COMPARE_WITH_TIMEOUT(firewallTable(), killSwitch, 10000); // the kill switch holds before any connection
+    if (fault == Fault::ChildSignals)
+        QVERIFY(startCounting(tunnelServer));
+    clickTray(connectItem());
+    QVERIFY(awaitLabel(connected, 45000));
+    bursting = false;
+    QVERIFY2(pings(tunnelServer), "no answer through the tunnel");
+    if (fault != Fault::ChildSignals)
+        QVERIFY(startCounting(tunnelServer));
+
+    qint64 linkBackMs = -1;
+    switch (fault) {
+    case Fault::OpenVpnKilled:
+        QVERIFY(killInClient("openvpn"));
+        QVERIFY(awaitLabel(idle, 20000));
+        break;
+    case Fault::DaemonKilled:
+        QVERIFY(m_lab.stopDaemon(SIGKILL));
+        // Its OpenVPN outlives it and the tunnel stays up, until the daemon's next start ends it.
+        QVERIFY(!awaitLabel(idle, 2000));
+        QVERIFY(pings(tunnelServer));
+        QVERIFY2(m_lab.startDaemon(), qPrintable(m_lab.error()));
+        QVERIFY(awaitLabel(idle, 20000));
+        QVERIFY(m_lab.daemonLog().contains("left by an earlier run"));
+        break;
+    case Fault::DaemonStopped:
+        QVERIFY(m_lab.stopDaemon(SIGTERM));
+        QVERIFY(awaitLabel(idle, 20000));
+        break;
+    case Fault::ProgramKilled: {
+        QVERIFY(::kill(pid, SIGKILL) == 0 && m_program.waitForFinished(5000));
+        // The daemon's OpenVPN, the kill switch and the configuration with the key stay, until the
+        // next start.
+        QCOMPARE(m_lab.processesInClient("openvpn"), 1);
+        QCOMPARE(firewallTable(), killSwitch);
+        const QStringList configs {QStringLiteral("Tavrin.*")};
+        QCOMPARE(QDir(programTemp()).entryList(configs, QDir::Files).size(), 1);
+        startProgram();
+        QVERIFY(awaitLabel(idle, 20000));
+        QCOMPARE(QDir(programTemp()).entryList(configs, QDir::Files), QStringList());
+        QTRY_VERIFY(connectItem().enabled);
+        clickTray(connectItem());
+        QVERIFY(awaitLabel(connected, 45000));
+        // The daemon has put the new OpenVPN in the place of the one left behind.
+        QCOMPARE(m_lab.processesInClient("openvpn"), 1);
+        QVERIFY(pings(tunnelServer));
+        break;
+    }
+    case Fault::ProgramTerminated:
+        QVERIFY(::kill(pid, SIGTERM) == 0 && m_program.waitForFinished(15000));
+        QCOMPARE(m_program.exitStatus(), QProcess::NormalExit);
+        break;
+    case Fault::LinkDown: {
+        QVERIFY(E2eLab::setServerLink(false));
+        // OpenVPN misses the server's pings and starts over, again and again, never giving up.
+        const bool gaveUp = awaitLabel(idle, 20000);
+        QVERIFY(E2eLab::setServerLink(true));
+        QVERIFY(!gaveUp);
+        QVERIFY2(m_seen.contains(again), qPrintable(m_seen.join(QStringLiteral(", "))));
+        QElapsedTimer back;
+        back.start();
+        QVERIFY(awaitLabel(connected, 60000));
+        linkBackMs = back.elapsed();
+        QVERIFY(pings(tunnelServer));
+        break;
+    }
+    case Fault::StunnelKilled: {
+        const QStringList before = m_lab.processIdsInClient("stunnel4");
+        QVERIFY(killInClient("stunnel4"));
+        QVERIFY(awaitLabel(again, 15000));
+        QVERIFY(awaitLabel(connected, 45000));
+        const QStringList after = m_lab.processIdsInClient("stunnel4");
+        QVERIFY(after.size() == 1 && after != before);
+        QVERIFY(pings(tunnelServer));
+        break;
+    }
+    case Fault::ChildSignals:
+        // Connected with the kill switch really in force: the stray address is out of reach.
+        QCOMPARE(firewallTable(), killSwitch);
+        QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), !killSwitch);
+        break;
+    }
+
+    // The count goes on a little in the state the fault has left, unless the program has ended.
+    if (m_program.state() != QProcess::NotRunning)
+        QTest::qWait(2000);
+    const QMap<QString, int> leaks = stopCounting();
+    if (m_program.state() == QProcess::NotRunning)
+        m_seen << QStringLiteral("ended");
+    QString seen = m_seen.join(QStringLiteral(" > "));
+    seen.remove(QStringLiteral(" to ") + Location).remove(QLatin1Char(' ') + Location);
+    qInfo().noquote() << QStringLiteral("%1 | outside the tunnel %2 | DNS %3, to the tunnel's server %4 | %5 | "
+                                        "link back to Connected %6")
+                             .arg(QLatin1String(QTest::currentDataTag()), -46)
+                             .arg(leaks.value(QStringLiteral("outside"), -1), 3)
+                             .arg(leaks.value(QStringLiteral("dns"), -1), 3)
+                             .arg(leaks.value(QStringLiteral("tunneldns"), -1))
+                             .arg(seen, linkBackMs < 0 ? QStringLiteral("-") : QStringLiteral("%1 ms").arg(linkBackMs));
+    // Only an OpenVPN killed outright takes its device away before anyone can put the resolver back.
+    if (killSwitch || fault != Fault::OpenVpnKilled)
+        QCOMPARE(leaks.value(QStringLiteral("tunneldns"), -1), 0);
+    if (killSwitch) {
+        QCOMPARE(leaks.value(QStringLiteral("outside"), -1), 0);
+        QCOMPARE(leaks.value(QStringLiteral("dns"), -1), 0);
+    }
+
+    if (fault == Fault::OpenVpnKilled || fault == Fault::DaemonKilled || fault == Fault::DaemonStopped) {
+        // The tunnel has ended by itself: the resolver is back, and the kill switch holds if it was on.
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(m_lab.resolvConf()), m_lab.originalResolvConf(), 5000);
+        QCOMPARE(m_lab.processesInClient("openvpn"), 0);
+        QCOMPARE(firewallTable(), killSwitch);
+    }
+    if (fault == Fault::DaemonStopped)
+        QVERIFY2(m_lab.startDaemon(), qPrintable(m_lab.error()));
+    if (m_program.state() != QProcess::NotRunning) {
+        if (connectItem().label == connected)
+            disconnectTray();
+        quit();
+    }
+    if (!QTest::currentTestFailed())
+        verifyNothingLeft();
 }
 
 // Offered a newer version by the service, the user takes it: the program downloads it, the daemon

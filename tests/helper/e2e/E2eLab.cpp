@@ -7,6 +7,7 @@
 #include <QStandardPaths>
 #include <QTcpServer>
 
+#include <csignal>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/stat.h>
@@ -69,6 +70,12 @@ bool E2eLab::start()
         if (QDir::temp().filePath(name) != dir())
             QDir(QDir::temp().filePath(name)).removeRecursively();
     }
+    // Nothing started from here may keep what this process inherited, such as the lock that keeps
+    // runs apart: a child that a killed run left behind would hold it for good.
+    for (const QString& fd : QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System)) {
+        if (fd.toInt() > 2)
+            ::fcntl(fd.toInt(), F_SETFD, FD_CLOEXEC);
+    }
     if (!m_dir.isValid() || !runLab(QStringLiteral("up")))
         return false;
     QFile resolv(resolvConf());
@@ -90,9 +97,9 @@ bool E2eLab::start()
         m_error = QStringLiteral("cannot enter the client namespace or listen on its loopback");
         return false;
     }
-    const QString port = QString::number(probe.serverPort());
+    m_port = QString::number(probe.serverPort());
     probe.close();
-    qputenv("TAVRIN_HELPER_PORT", port.toLatin1());
+    qputenv("TAVRIN_HELPER_PORT", m_port.toLatin1());
 
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("TAVRIN_HELPERD_ROOT"), dir() + QStringLiteral("/root"));
@@ -100,16 +107,41 @@ bool E2eLab::start()
     env.insert(QStringLiteral("TAVRIN_HELPERD_DPKG_ROOT"), dir() + QStringLiteral("/dpkg-root"));
     m_daemon.setProcessEnvironment(env);
     m_daemon.setProcessChannelMode(QProcess::MergedChannels);
-    m_daemon.start(QStringLiteral(TAVRIN_HELPERD_PATH), {QStringLiteral("--port"), port});
-    for (int i = 0; i < 100 && m_daemon.state() != QProcess::NotRunning && !m_daemonLog.contains("listening on"); ++i) {
+    return startDaemon();
+}
+
+bool E2eLab::startDaemon()
+{
+    if (m_daemon.isOpen())
+        daemonLog(); // what the one before said last
+    const int from = m_daemonLog.size();
+    m_daemon.start(QStringLiteral(TAVRIN_HELPERD_PATH), {QStringLiteral("--port"), m_port});
+    for (int i = 0;
+         i < 100 && m_daemon.state() != QProcess::NotRunning && m_daemonLog.indexOf("listening on", from) < 0;
+         ++i) {
         m_daemon.waitForReadyRead(100);
         m_daemonLog += m_daemon.readAll();
     }
-    if (!m_daemonLog.contains("listening on")) {
-        m_error = QStringLiteral("tavrin-helperd does not listen: %1").arg(QString::fromLocal8Bit(m_daemonLog));
+    if (m_daemonLog.indexOf("listening on", from) < 0) {
+        m_error
+            = QStringLiteral("tavrin-helperd does not listen: %1").arg(QString::fromLocal8Bit(m_daemonLog.mid(from)));
         return false;
     }
     return true;
+}
+
+bool E2eLab::stopDaemon(int signal)
+{
+    daemonLog();
+    return m_daemon.state() != QProcess::NotRunning && ::kill(pid_t(m_daemon.processId()), signal) == 0
+        && m_daemon.waitForFinished(15000);
+}
+
+bool E2eLab::setServerLink(bool up)
+{
+    return QProcess::execute(QStringLiteral("ip"),
+                             {"-n", "tvn-e2e-srv", "link", "set", "tvn-e2e-s", up ? "up" : "down"})
+        == 0;
 }
 
 QByteArray E2eLab::daemonLog()
@@ -120,12 +152,10 @@ QByteArray E2eLab::daemonLog()
 
 void E2eLab::stop()
 {
-    if (m_daemon.state() != QProcess::NotRunning) {
-        m_daemon.terminate(); // takes its OpenVPN with it
-        if (!m_daemon.waitForFinished(10000)) {
-            m_daemon.kill();
-            m_daemon.waitForFinished();
-        }
+    // SIGTERM takes its OpenVPN with it.
+    if (m_daemon.state() != QProcess::NotRunning && !stopDaemon(SIGTERM)) {
+        m_daemon.kill();
+        m_daemon.waitForFinished();
     }
     if (m_inClient)
         ::setns(m_ownNamespace, CLONE_NEWNET);

@@ -46,6 +46,13 @@ public:
     bool writeClientConfig(MakeOVPNFile& file, const QString& protocol, int stunnelPort = 0) const;
     QByteArray daemonLog();
     qint64 daemonPid() const { return m_daemon.processId(); }
+    // Ends the daemon with that signal (SIGKILL as in a crash) and waits until it is gone.
+    bool stopDaemon(int signal);
+    // Starts the daemon as start() did, with the same environment and port; false with error().
+    bool startDaemon();
+    // Takes the server's end of the link down or up, as a network that drops out and comes back.
+    static bool setServerLink(bool up);
+    static constexpr const char* ClientLink = "tvn-e2e-c";
 
     // Processes of that name running in the client namespace: their pids, and how many.
     QStringList processIdsInClient(const QByteArray& name) const;
@@ -58,6 +65,7 @@ private:
 
     QTemporaryDir m_dir;
     QProcess m_daemon;
+    QString m_port;
     QByteArray m_daemonLog;
     int m_ownNamespace = -1;
     bool m_inClient = false;

@@ -85,6 +85,11 @@ CONF
 
 up() {
     down
+    # The servers start from this shell: they must not inherit what the caller has open, such as
+    # the lock that keeps runs apart, which a server left behind by a killed run would hold for good.
+    for fd in "/proc/$$/fd"/*; do
+        case ${fd##*/} in 0 | 1 | 2 | 255) ;; *) eval "exec ${fd##*/}>&-" ;; esac
+    done
     mkdir -p "$dir"
     pki
     cat >"$dir/check-user.sh" <<CHECK
