@@ -24,11 +24,14 @@ QByteArray readProcFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// The real uid of a process, -1 when it is gone or cannot be read.
+// The real uid of a running process, -1 when it is gone, has ended and waits to be reaped (an
+// ended stunnel's pid file names it until then), or cannot be read.
 qint64 realUid(int pid)
 {
     const QList<QByteArray> lines = readProcFile(QStringLiteral("/proc/%1/status").arg(pid)).split('\n');
     for (const QByteArray& line : lines) {
+        if (line.startsWith("State:") && (line.contains("zombie") || line.contains("dead")))
+            return -1;
         if (line.startsWith("Uid:")) {
             bool ok = false;
             const qint64 uid = line.mid(4).simplified().split(' ').first().toLongLong(&ok);
