@@ -1,12 +1,10 @@
 #include "MakeOVPNFile.h"
 
-#include <QCoreApplication>
-#include <QDebug>
-#include <QDir>
-#include <QRegularExpression>
+#include "TempLeftovers.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include <QDebug>
+#include <QFile>
+#include <QFileInfo>
 
 namespace {
 
@@ -22,19 +20,10 @@ MakeOVPNFile::MakeOVPNFile() = default;
 
 void MakeOVPNFile::removeLeftovers()
 {
-    // QTemporaryFile's own names: the application's name, a dot and six characters.
-    const QRegularExpression name(QRegularExpression::anchoredPattern(
-        QRegularExpression::escape(QCoreApplication::applicationName()) + QStringLiteral("\\.[A-Za-z0-9]{6}")));
-    const QDir temp(QDir::tempPath());
-    for (const QString& entry : temp.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
-        struct stat info;
-        const QByteArray path = QFile::encodeName(temp.filePath(entry));
-        if (name.match(entry).hasMatch() && ::lstat(path.constData(), &info) == 0 && S_ISREG(info.st_mode)
-            && info.st_uid == ::getuid()) {
-            qDebug() << "Removing a configuration left by an earlier run:" << entry;
-            ::unlink(path.constData());
-        }
-    }
+    forEachTempLeftover(QLatin1Char('.'), false, [](const QString& path) {
+        qDebug() << "Removing a configuration left by an earlier run:" << QFileInfo(path).fileName();
+        QFile::remove(path);
+    });
 }
 
 bool MakeOVPNFile::generate(const ConfigServer& server)

@@ -1,13 +1,12 @@
 #include "StunnelManager.h"
 
 #include "FreePort.h"
+#include "TempLeftovers.h"
 
-#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSocketNotifier>
 
 #include <cerrno>
@@ -92,26 +91,14 @@ void StunnelManager::setConfigAndRunProcess(const QString& host, int port, const
 
 void StunnelManager::removeLeftovers() const
 {
-    // QTemporaryDir's own names: the application's name, a dash and six characters.
-    const QRegularExpression name(QRegularExpression::anchoredPattern(
-        QRegularExpression::escape(QCoreApplication::applicationName()) + QStringLiteral("-[A-Za-z0-9]{6}")));
-    const QDir temp(QDir::tempPath());
-    const QStringList ours {QStringLiteral("stunnel.conf")};
-    for (const QString& entry : temp.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot)) {
-        const QString path = temp.filePath(entry);
-        struct stat info
-        { };
-        if (!name.match(entry).hasMatch() || path == configDir.path()
-            || ::lstat(QFile::encodeName(path).constData(), &info) != 0 || !S_ISDIR(info.st_mode)
-            || info.st_uid != ::getuid())
-            continue;
+    forEachTempLeftover(QLatin1Char('-'), true, [this](const QString& path) {
         // Only a directory that holds nothing but a stunnel configuration is ours to remove.
         const QStringList files = QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-        if (files.isEmpty() || files == ours) {
-            qDebug() << "Removing a stunnel configuration left by an earlier run:" << entry;
+        if (path != configDir.path() && (files.isEmpty() || files == QStringList(QStringLiteral("stunnel.conf")))) {
+            qDebug() << "Removing a stunnel configuration left by an earlier run:" << QFileInfo(path).fileName();
             QDir(path).removeRecursively();
         }
-    }
+    });
 }
 
 void StunnelManager::restart()

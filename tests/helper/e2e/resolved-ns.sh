@@ -11,7 +11,7 @@
 #                                           nothing to do when done before, exit 77 if apt cannot
 #   resolved-ns.sh start CACHE WORK NETNS   start it all in the network namespace NETNS (which
 #                                           exists); returns once resolvectl answers there
-#   resolved-ns.sh exec WORK CMD...         run CMD in that mount and network namespace
+#                                           (its pid in WORK/ns.pid, for nsenter --mount --net)
 #   resolved-ns.sh stop WORK                end every process in that mount namespace (whoever
 #                                           started it), so its mounts go with it
 #
@@ -21,7 +21,7 @@ set -euo pipefail
 self=$(readlink -f "$0")
 
 usage() {
-    echo "usage: $0 fetch CACHE | start CACHE WORK NETNS | exec WORK CMD... | stop WORK" >&2
+    echo "usage: $0 fetch CACHE | start CACHE WORK NETNS | stop WORK" >&2
     exit 2
 }
 die() {
@@ -220,7 +220,6 @@ stop() {
 case "${1:-}:$#" in
 fetch:2) fetch "$(readlink -m "$2")" ;;
 start:4) start "$(readlink -m "$2")" "$(readlink -m "$3")" "$4" ;;
-exec:[3-9] | exec:[1-9][0-9]*) run "$(readlink -m "$2")" "${@:3}" ;;
 stop:2) stop "$(readlink -m "$2")" ;;
 _inside:3) inside "$2" "$3" ;;
 *) usage ;;
