@@ -80,7 +80,7 @@ void GetManager::slotDownloadProgress(qint64 received, qint64 total)
 
 bool GetManager::checkInternetBlock()
 {
-    QNetworkRequest probe(QUrl(ServiceUrls::probe()));
+    const QNetworkRequest probe {QUrl(ServiceUrls::probe())};
     QNetworkReply* reply = m_probeManager.get(probe);
     new ReplyTimeout(reply, timeout);
     QEventLoop loop;

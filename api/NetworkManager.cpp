@@ -5,52 +5,26 @@
 #include <QDomDocument>
 #include <QHash>
 #include <QMutexLocker>
-#include <QStringView>
 #include <QUrl>
 #include <QUrlQuery>
 
-#include "AnswerReader.h"
+#include "AccountAnswer.h"
 #include "Constants.h"
 #include "GetManager.h"
 #include "LocalSettings.h"
 #include "PingManager.h"
 #include "ServerLines.h"
 #include "ServiceUrls.h"
-#include "SharedValues.h"
 
 NetworkManager* NetworkManager::_self = nullptr;
 
 namespace {
 const int channelTimeoutMs = 10000;
-const QString trueText = QStringLiteral("true");
 const QString userLineSeparator = QStringLiteral("||");
 
-QByteArray decodeBytes(QStringView base64)
+QString decodeText(const QString& base64)
 {
-    return QByteArray::fromBase64(base64.toLatin1());
-}
-
-QString decodeText(QStringView base64)
-{
-    return QString::fromUtf8(decodeBytes(base64));
-}
-
-// A port list whose first item is "0" means "none". Empty parts are kept, so an absent attribute gives [""].
-QStringList decodePorts(QStringView base64)
-{
-    QStringList ports = decodeText(base64).split(QLatin1Char(','), Qt::KeepEmptyParts);
-    if (ports.first() == QLatin1String("0"))
-        ports.clear();
-    return ports;
-}
-
-// Later parts of the same name overwrite earlier ones; anything but `ver` and `link` is ignored.
-void takeUpdatePart(QPair<QString, QString>* update, const QString& name, const QString& text)
-{
-    if (name == QLatin1String("ver"))
-        update->first = decodeText(text);
-    else if (name == QLatin1String("link"))
-        update->second = decodeText(text);
+    return QString::fromUtf8(QByteArray::fromBase64(base64.toLatin1()));
 }
 
 QDomElement documentElement(const QByteArray& body)
@@ -61,44 +35,6 @@ QDomElement documentElement(const QByteArray& body)
     return doc.documentElement();
 }
 } // namespace
-
-// Turns the attributes of one `vpn` element into a server record. The values that repeat from server to server are
-// decoded once and then shared, which makes a list of thousands of servers a fraction of the work and memory.
-class NetworkManager::ServerDecoder
-{
-public:
-    // `attribute` gives the raw value of an attribute by name, empty when missing.
-    template <typename Attribute>
-    ServerInfo server(Attribute attribute, QMap<QString, Subscription>& subscriptions)
-    {
-        ServerInfo server;
-        server.name = decodeText(attribute(QLatin1String("name")));
-        server.title = server.name;
-        server.ip = decodeText(attribute(QLatin1String("ip")));
-        server.tcpPorts = m_ports.value(attribute(QLatin1String("tcp")), decodePorts);
-        server.udpPorts = m_ports.value(attribute(QLatin1String("udp")), decodePorts);
-        server.sslPort = m_numbers.value(attribute(QLatin1String("ssl")), decodeNumber);
-        server.flag = m_texts.value(attribute(QLatin1String("flag")), decodeText);
-        server.user = m_texts.value(attribute(QLatin1String("user")), decodeText);
-        // `dns` is sent but not used.
-        const bool twoHops = m_numbers.value(attribute(QLatin1String("group")), decodeNumber) == 2;
-        server.type = twoHops ? ServerInfo::Double : ServerInfo::Standart;
-        server.sni = m_texts.value(attribute(QLatin1String("sni")), decodeText);
-        // Inserting lookup: a login whose `file` has not come yet gets an empty entry and an empty password.
-        server.password = subscriptions[server.user].password();
-        server.ping = 0;
-        server.favorite = false;
-        server.protocol = OpenVpnUdp;
-        return server;
-    }
-
-private:
-    static int decodeNumber(QStringView base64) { return decodeText(base64).toInt(); }
-
-    SharedValues<QString> m_texts;
-    SharedValues<QStringList> m_ports;
-    SharedValues<int> m_numbers;
-};
 
 NetworkManager* NetworkManager::instance()
 {
@@ -215,105 +151,40 @@ void NetworkManager::getBuyLinkRequest(QString login)
 
 // ---- answers
 
-ServerInfo NetworkManager::parseServer(QDomNode* node)
-{
-    const QDomElement e = node->toElement();
-    ServerDecoder decoder;
-    return decoder.server([&e](QLatin1String name) { return e.attribute(name); }, m_subscriptions);
-}
-
-QPair<QString, QString> NetworkManager::parseUpdate(QDomNode* first)
-{
-    QPair<QString, QString> update;
-    for (QDomNode node = *first; !node.isNull(); node = node.nextSibling()) {
-        const QDomElement e = node.toElement();
-        takeUpdatePart(&update, e.tagName(), e.text());
-    }
-    return update;
-}
-
-bool NetworkManager::applyAccountElement(const AnswerReader& answer, ServerDecoder* decoder, bool* firstServer)
-{
-    const QString& tag = answer.name();
-    auto attribute = [&answer](QLatin1String name) {
-        return answer.attribute(name);
-    };
-    QMutexLocker lock(&m_mutex);
-    if (tag == QLatin1String("vpn")) {
-        if (*firstServer) {
-            m_servers.clear();
-            *firstServer = false;
-        }
-        m_servers.append(decoder->server(attribute, m_subscriptions));
-    } else if (tag == QLatin1String("cert")) {
-        m_certificates[decodeText(attribute(QLatin1String("user")))] = decodeBytes(answer.text());
-    } else if (tag == QLatin1String("key")) {
-        m_keys[decodeText(attribute(QLatin1String("user")))] = decodeBytes(answer.text());
-    } else if (tag == QLatin1String("config")) {
-        m_config = decodeBytes(answer.text());
-    } else if (tag == QLatin1String("file")) {
-        // Of several `file` elements before the first `vpn`, only the last survives; later ones accumulate.
-        if (*firstServer)
-            m_subscriptions.clear();
-        const QString user = decodeText(attribute(QLatin1String("user")));
-        const QString pass = decodeText(attribute(QLatin1String("pass")));
-        // A 32-bit count, as the service has always sent it: no number, or one past 2038, gives 1970.
-        const quint32 expiry = quint32(decodeText(attribute(QLatin1String("exp"))).toInt());
-        m_subscriptions[user] = Subscription(user, pass, QDateTime::fromSecsSinceEpoch(qint64(expiry)));
-    } else {
-        return false;
-    }
-    return true;
-}
-
 void NetworkManager::startPing()
 {
-    m_pingManager->pingServers(m_servers);
+    m_pingManager->pingServers(m_account.servers);
 }
 
 bool NetworkManager::applySignInAnswer(const QByteArray& body, bool* lite)
 {
-    AnswerReader answer(body);
-    ServerDecoder decoder;
-    bool firstServer = true;
-    while (answer.next()) {
-        const QString& tag = answer.name();
-        if (tag == QLatin1String("ver")) {
-            if (decodeText(answer.text()) != trueText) {
-                emit auth(BadVersion, QString());
-                return false;
-            }
-            *lite = answer.attribute(QLatin1String("type")) == QLatin1String("lite");
-        } else if (tag == QLatin1String("auth")) {
-            if (decodeText(answer.text()) != trueText) {
-                emit auth(WrongLogin, QString());
-                return false;
-            }
-        } else if (tag == QLatin1String("upgrade")) {
-            QPair<QString, QString> update;
-            for (const AnswerReader::Part& part : answer.parts())
-                takeUpdatePart(&update, part.name, part.text);
-            m_updateVersion = update.first;
-            m_updateLink = update.second;
-        } else if (tag == QLatin1String("error")) {
-            const QString text = decodeText(answer.text());
-            emit auth(text == QLatin1String("nosub") ? NoSubscription : NetworkFailure, text);
-            return false;
-        } else {
-            applyAccountElement(answer, &decoder, &firstServer);
-        }
+    AccountAnswer answer;
+    AccountAnswer::Outcome outcome;
+    {
+        QMutexLocker lock(&m_mutex);
+        outcome = answer.readSignIn(body, &m_account);
     }
-    return true;
+    switch (outcome) {
+    case AccountAnswer::Complete:
+        *lite = answer.isLite();
+        return true;
+    case AccountAnswer::BadVersion:
+        emit auth(BadVersion, QString());
+        break;
+    case AccountAnswer::WrongLogin:
+        emit auth(WrongLogin, QString());
+        break;
+    case AccountAnswer::Refused:
+        emit auth(answer.errorText() == QLatin1String("nosub") ? NoSubscription : NetworkFailure, answer.errorText());
+        break;
+    }
+    return false;
 }
 
 void NetworkManager::applyServerListAnswer(const QByteArray& body)
 {
-    // Version, credentials and subscription were settled at sign-in; a refresh only takes the account data.
-    AnswerReader answer(body);
-    ServerDecoder decoder;
-    bool firstServer = true;
-    while (answer.next())
-        applyAccountElement(answer, &decoder, &firstServer);
+    QMutexLocker lock(&m_mutex);
+    AccountAnswer().readServerList(body, &m_account);
 }
 
 void NetworkManager::slotAuthFinished()
@@ -358,20 +229,8 @@ void NetworkManager::slotProgramUpdateFinished()
         emit programUpdate(QString(), QString(), false);
         return;
     }
-    const QDomElement root = documentElement(updateGet->data);
-    for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        if (node.toElement().tagName() != QLatin1String("upgrade"))
-            continue;
-        QDomNode first = node.firstChild();
-        const QPair<QString, QString> update = parseUpdate(&first);
-        m_updateVersion = update.first;
-        m_updateLink = update.second;
-        if (!m_updateVersion.isEmpty() && !m_updateLink.isEmpty()) {
-            emit programUpdate(m_updateVersion, m_updateLink, true);
-            return;
-        }
-    }
-    emit programUpdate(QString(), QString(), false);
+    const QPair<QString, QString> offer = AccountAnswer::updateOffer(updateGet->data);
+    emit programUpdate(offer.first, offer.second, !offer.first.isEmpty());
 }
 
 void NetworkManager::slotIpTimezoneFinished()
@@ -403,7 +262,7 @@ void NetworkManager::onPingServersFinished()
         pings.insert(result.name, result.ping);
     {
         QMutexLocker lock(&m_mutex);
-        for (ServerInfo& server : m_servers) {
+        for (ServerInfo& server : m_account.servers) {
             const auto found = pings.constFind(server.name);
             if (found == pings.constEnd())
                 continue;
@@ -454,7 +313,7 @@ QVector<ServerInfo> NetworkManager::servers()
     QVector<ServerInfo> chosen;
     if (vpnLogin.isEmpty())
         return chosen;
-    for (const ServerInfo& server : qAsConst(m_servers)) {
+    for (const ServerInfo& server : qAsConst(m_account.servers)) {
         if (server.user == vpnLogin)
             chosen.append(server);
     }
@@ -464,38 +323,38 @@ QVector<ServerInfo> NetworkManager::servers()
 QList<Subscription> NetworkManager::subscriptions()
 {
     QMutexLocker lock(&m_mutex);
-    return m_subscriptions.values();
+    return m_account.subscriptions.values();
 }
 
 Subscription NetworkManager::subscription(const QString& login)
 {
     QMutexLocker lock(&m_mutex);
-    return m_subscriptions.value(login);
+    return m_account.subscriptions.value(login);
 }
 
 QStringList NetworkManager::cacheUsers()
 {
     QMutexLocker lock(&m_mutex);
-    return m_subscriptions.keys();
+    return m_account.subscriptions.keys();
 }
 
 QByteArray NetworkManager::getCertifOvpnByUser(const QString& login)
 {
     QMutexLocker lock(&m_mutex);
-    return m_certificates[login];
+    return m_account.certificates[login];
 }
 
 QByteArray NetworkManager::getKeyOvpnByUser(const QString& login)
 {
     QMutexLocker lock(&m_mutex);
-    return m_keys[login];
+    return m_account.keys[login];
 }
 
 QByteArray NetworkManager::getConfigOVPNbyServer(QString server)
 {
     Q_UNUSED(server)
     QMutexLocker lock(&m_mutex);
-    return m_config;
+    return m_account.config;
 }
 
 // ---- offline cache
@@ -529,54 +388,54 @@ QMap<QString, QByteArray> NetworkManager::cacheArrayToMap(const QByteArray& arra
 void NetworkManager::saveCachedData()
 {
     auto store = LocalSettings::instance();
-    store->setValue(Keys::CachedKeys, cacheMapToArray(m_keys));
+    store->setValue(Keys::CachedKeys, cacheMapToArray(m_account.keys));
     QStringList users;
-    for (auto it = m_subscriptions.cbegin(); it != m_subscriptions.cend(); ++it) {
+    for (auto it = m_account.subscriptions.cbegin(); it != m_account.subscriptions.cend(); ++it) {
         users.append(QStringLiteral("%1||%2||%3")
                          .arg(it.key(), it.value().password(), it.value().expiresTime().toString(Qt::ISODate)));
     }
     store->setValue(Keys::CachedUsers, users);
     QStringList lines;
-    lines.reserve(m_servers.size());
-    for (const ServerInfo& server : qAsConst(m_servers))
+    lines.reserve(m_account.servers.size());
+    for (const ServerInfo& server : qAsConst(m_account.servers))
         lines.append(server);
     store->setValue(Keys::CachedServers, lines);
-    store->setValue(Keys::CachedConfig, m_config);
-    store->setValue(Keys::CachedCertif, cacheMapToArray(m_certificates));
+    store->setValue(Keys::CachedConfig, m_account.config);
+    store->setValue(Keys::CachedCertif, cacheMapToArray(m_account.certificates));
 }
 
 void NetworkManager::loadCachedData()
 {
     auto store = LocalSettings::instance();
-    m_config = store->value(Keys::CachedConfig).toByteArray();
-    m_certificates = cacheArrayToMap(store->value(Keys::CachedCertif).toByteArray());
-    m_keys = cacheArrayToMap(store->value(Keys::CachedKeys).toByteArray());
-    m_subscriptions.clear();
+    m_account.config = store->value(Keys::CachedConfig).toByteArray();
+    m_account.certificates = cacheArrayToMap(store->value(Keys::CachedCertif).toByteArray());
+    m_account.keys = cacheArrayToMap(store->value(Keys::CachedKeys).toByteArray());
+    m_account.subscriptions.clear();
     for (const QString& line : store->value(Keys::CachedUsers).toStringList()) {
         const QStringList parts = line.split(userLineSeparator, Qt::KeepEmptyParts);
         if (parts.size() != 3)
             continue;
-        m_subscriptions.insert(parts[0],
-                               Subscription(parts[0], parts[1], QDateTime::fromString(parts[2], Qt::ISODate)));
+        m_account.subscriptions.insert(parts[0],
+                                       Subscription(parts[0], parts[1], QDateTime::fromString(parts[2], Qt::ISODate)));
     }
-    m_servers.clear();
+    m_account.servers.clear();
     // The reset text reads back as one empty line, and so as one default record until the next answer.
     const QStringList lines = store->value(Keys::CachedServers).toStringList();
-    m_servers.reserve(lines.size());
+    m_account.servers.reserve(lines.size());
     ServerLines reader;
     for (const QString& line : lines)
-        m_servers.append(reader.server(line));
+        m_account.servers.append(reader.server(line));
     startPing();
 }
 
 void NetworkManager::clearCache()
 {
     QMutexLocker lock(&m_mutex);
-    m_config.clear();
-    m_certificates.clear();
-    m_keys.clear();
-    m_servers.clear();
-    m_subscriptions.clear();
+    m_account.config.clear();
+    m_account.certificates.clear();
+    m_account.keys.clear();
+    m_account.servers.clear();
+    m_account.subscriptions.clear();
     auto store = LocalSettings::instance();
     store->setValue(Keys::CachedConfig, QByteArray());
     store->setValue(Keys::CachedCertif, QByteArray());

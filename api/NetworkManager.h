@@ -12,13 +12,12 @@
 #include <QStringList>
 #include <QVector>
 
+#include "AccountAnswer.h"
 #include "ServerInfo.h"
 #include "Subscription.h"
 
-class AnswerReader;
 class GetManager;
 class PingManager;
-class QDomNode;
 class QUrl;
 
 // The process-wide client of the Velmora service: signs in, refreshes the server list, asks for updates, the
@@ -63,9 +62,6 @@ public:
     static QByteArray cacheMapToArray(const QMap<QString, QByteArray>& map);
     static QMap<QString, QByteArray> cacheArrayToMap(const QByteArray& array);
 
-    ServerInfo parseServer(QDomNode* node);
-    static QPair<QString, QString> parseUpdate(QDomNode* first);
-
 signals:
     void auth(NetworkManager::ApiError error, QString message);
     void serverUpdated(NetworkManager::ApiError error, QString message);
@@ -91,14 +87,10 @@ public slots:
     void onRequestGetBuyLinkFinished();
 
 private:
-    class ServerDecoder;
-
     NetworkManager();
     ~NetworkManager() override;
 
     QUrl serviceUrl(const QList<QPair<QString, QString>>& items) const;
-    // Applies the account elements that sign-in and the list refresh share; false for any other element.
-    bool applyAccountElement(const AnswerReader& answer, ServerDecoder* decoder, bool* firstServer);
     // Walks a sign-in answer; false when an element stopped it, after emitting auth() for it.
     bool applySignInAnswer(const QByteArray& body, bool* lite);
     void applyServerListAnswer(const QByteArray& body);
@@ -106,16 +98,10 @@ private:
 
     static NetworkManager* _self;
 
-    QVector<ServerInfo> m_servers;
-    QMap<QString, Subscription> m_subscriptions;
-    QByteArray m_config;
-    QMap<QString, QByteArray> m_certificates;
-    QMap<QString, QByteArray> m_keys;
+    AccountData m_account;
     QMutex m_mutex;
     QString m_login;
     QString m_password;
-    QString m_updateVersion;
-    QString m_updateLink;
     QMap<QString, int> m_doubleServerPings;
 
     PingManager* m_pingManager = nullptr;

@@ -2,6 +2,7 @@
 
 #include "FreePort.h"
 #include "InterruptSafe.h"
+#include "ManagementLine.h"
 #include "ServiceConnector.h"
 
 #include <QDebug>
@@ -67,11 +68,6 @@ void closeSharedSocket()
     const int fd = socketOpenVPNfd.exchange(-1);
     if (fd >= 0)
         ::close(fd);
-}
-
-bool containsText(const QString& line, const char* text)
-{
-    return line.contains(QLatin1String(text), Qt::CaseInsensitive);
 }
 
 } // namespace
@@ -236,50 +232,51 @@ void OpenVPNConnectorQt::sendCredential(const char* keyword, const QString& valu
 
 void OpenVPNConnectorQt::interpretLine(const QByteArray& rawLine)
 {
-    const QString line = QString::fromUtf8(rawLine);
-
-    // OpenVPN confirms the username with "username entered, but not yet verified" and then waits
-    // for the password, so the two answers go out in order without any state of their own.
-    if (containsText(line, "PASSWORD:Need 'Auth' username/password")) {
+    const ManagementLine line = ManagementLine::read(rawLine);
+    switch (line.kind) {
+    case ManagementLine::NeedUsername:
         sendCredential("username", username);
-    } else if (containsText(line, "'Auth' username entered, but not yet verified")) {
+        break;
+    case ManagementLine::NeedPassword:
         sendCredential("password", password);
-    } else if (line.contains(QLatin1String("AUTH: Received control message: AUTH_FAILED"))) {
+        break;
+    case ManagementLine::AuthFailed:
         emit error(0);
-    } else if (containsText(line, "There are no TAP-Windows adapters on this system")) {
+        break;
+    case ManagementLine::NoTapAdapter:
         if (!m_tapReported) {
             m_tapReported = true;
             emit error(2);
         }
-    } else if (containsText(line, "Proxy requires authentication")) {
+        break;
+    case ManagementLine::ProxyNeedsAuth:
         if (!m_proxyReported) {
             m_proxyReported = true;
             emit error(6);
         }
-    } else if (containsText(line, ">BYTECOUNT:")) {
-        const QStringList parts = line.split(QLatin1Char(':'));
-        if (parts.size() < 2)
-            return;
-        const QStringList counts = parts.at(1).split(QLatin1Char(','));
-        if (counts.size() == 2)
-            emit statisticsUpdated(counts.at(0).trimmed().toULongLong(), counts.at(1).trimmed().toULongLong());
-    } else if (containsText(line, ">STATE:")) {
-        const QStringList fields = line.split(QLatin1Char(','));
-        emit stateChanged(fields.size() > 1 ? fields.at(1) : QString());
-        if (containsText(line, "CONNECTED,SUCCESS")) {
+        break;
+    case ManagementLine::ByteCount:
+        emit statisticsUpdated(line.bytesIn, line.bytesOut);
+        break;
+    case ManagementLine::State:
+        emit stateChanged(line.state);
+        if (line.change == ManagementLine::Connected) {
             state = 2;
             emit connected();
-        } else if (containsText(line, "CONNECTED,ERROR")) {
+        } else if (line.change == ManagementLine::ConnectFailed) {
             state = 0;
             emit error(8);
-        } else if (containsText(line, "RECONNECTING")) {
+        } else if (line.change == ManagementLine::Reconnecting) {
             state = 1;
             emit reconnecting();
         }
-    } else if (containsText(line, ">LOG:")) {
-        if (containsText(line, "write UDPv4: No buffer space available (WSAENOBUFS) (code=10055)")
-            || containsText(line, "write UDPv4: No Route to Host (WSAEHOSTUNREACH) (code=10065)"))
+        break;
+    case ManagementLine::Log:
+        if (line.blockedWrite)
             emit error(7);
-        emit log(line);
+        emit log(line.text);
+        break;
+    case ManagementLine::Other:
+        break;
     }
 }

@@ -303,6 +303,12 @@ QStringList OpenVpnConfigCheck::tokenize(const QByteArray& line, QString* error)
     return words;
 }
 
+bool OpenVpnConfigCheck::allows(const QString& name, bool block)
+{
+    const Directive* directive = findDirective(name);
+    return directive && (directive->args.at(0).kind == Kind::Block) == block;
+}
+
 bool OpenVpnConfigCheck::checkDirective(const QStringList& words, int lineNumber, bool block)
 {
     const QString& name = words.first();

@@ -20,6 +20,9 @@ public:
     // On a line OpenVPN refuses, the result is empty and *error, if given, says why.
     static QStringList tokenize(const QByteArray& line, QString* error = nullptr);
 
+    // Whether the directive of that name is allowed at all, as a line or (block) as a <name> block.
+    static bool allows(const QString& name, bool block);
+
 private:
     bool checkDirective(const QStringList& words, int lineNumber, bool block);
 

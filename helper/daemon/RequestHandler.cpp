@@ -8,8 +8,6 @@
 
 #include <QDebug>
 
-#include <cstring>
-
 RequestHandler::RequestHandler(const HelperPaths& paths)
     : m_owner(paths.stateDir)
     , m_firewall(paths.stateDir)
@@ -29,20 +27,9 @@ void RequestHandler::restoreAtStart()
     Nft::run(ManagementGuard::removeScript(), error);
 }
 
-bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString& detail)
+bool RequestHandler::firewall(const HelperRequest& request, QString& detail)
 {
-    FirewallRequest r;
-    r.addresses = WireText::readUcs4(packet, HelperWire::FirewallAddressesOffset, HelperWire::FirewallAddressesSize);
-    r.interfaceName
-        = WireText::readUcs4(packet, HelperWire::FirewallInterfaceOffset, HelperWire::FirewallInterfaceSize);
-    const auto flag = [&](std::size_t i) {
-        return packet.at(int(HelperWire::FirewallParametersOffset + i)) != 0;
-    };
-    r.killConnect = flag(0);
-    r.ipv6Block = flag(1);
-    r.allowLocalIp = flag(2);
-    r.changeTimezone = flag(3);
-    r.idle = flag(4);
+    const FirewallRequest& r = request.firewall;
     detail = QStringLiteral("addresses \"%1\" interface \"%2\" kill %3 ipv6 %4 local %5 timezone %6 idle %7")
                  .arg(r.addresses, r.interfaceName)
                  .arg(r.killConnect)
@@ -55,7 +42,7 @@ bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString
         return false;
     }
     std::lock_guard<std::mutex> lock(m_firewallMutex);
-    const bool ok = command == HelperWire::FirewallOn ? m_firewall.on(r) : m_firewall.change(r);
+    const bool ok = request.command == HelperWire::FirewallOn ? m_firewall.on(r) : m_firewall.change(r);
     // Rules that block nothing protect nobody: they make no owner.
     if (ok)
         m_owner.setHeld(TunnelOwner::Firewall, r.killConnect || r.ipv6Block);
@@ -64,10 +51,10 @@ bool RequestHandler::firewall(quint32 command, const QByteArray& packet, QString
     return ok;
 }
 
-bool RequestHandler::timezone(const QByteArray& packet, QString& detail)
+bool RequestHandler::timezone(const HelperRequest& request, QString& detail)
 {
-    const bool restore = packet.at(int(HelperWire::TimezoneRestoreOffset)) != 0;
-    const QString zone = WireText::readUtf8(packet, HelperWire::TimezoneNameOffset, HelperWire::TimezoneNameSize);
+    const bool restore = request.restoreZone;
+    const QString& zone = request.zone;
     detail = restore ? QStringLiteral("restore") : QStringLiteral("zone \"%1\"").arg(zone);
     std::lock_guard<std::mutex> lock(m_timezoneMutex);
     // The zone follows the tunnel: while someone owns it only they may change it, but a zone of
@@ -80,12 +67,12 @@ bool RequestHandler::timezone(const QByteArray& packet, QString& detail)
 
 bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
 {
-    if (packet.size() != int(HelperWire::PacketSize)) {
+    HelperRequest request;
+    if (!HelperRequest::read(packet, &request)) {
         qWarning() << "request from uid" << callerUid << "has" << packet.size() << "bytes: refused";
         return false;
     }
-    quint32 command;
-    std::memcpy(&command, packet.constData() + HelperWire::CommandOffset, sizeof command);
+    const quint32 command = request.command;
 
     // Everything that changes or stops what the tunnel's owner holds.
     const bool changesTunnel = command == HelperWire::FirewallOn || command == HelperWire::FirewallChange
@@ -101,7 +88,7 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
     case HelperWire::FirewallOn:
     case HelperWire::FirewallChange:
         name = command == HelperWire::FirewallOn ? QStringLiteral("firewallOn") : QStringLiteral("firewallChange");
-        ok = claimed && firewall(command, packet, detail);
+        ok = claimed && firewall(request, detail);
         break;
     case HelperWire::FirewallOff:
         name = QStringLiteral("firewallOff");
@@ -131,12 +118,11 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
         break;
     case HelperWire::TimezoneChange:
         name = QStringLiteral("timezoneChange");
-        ok = claimed && timezone(packet, detail);
+        ok = claimed && timezone(request, detail);
         break;
     case HelperWire::RunOpenVpnWithConfig: {
         name = QStringLiteral("runOpenVpnWithConfig");
-        const QString args
-            = WireText::readUcs4(packet, HelperWire::OpenVpnArgumentsOffset, HelperWire::OpenVpnArgumentsSize);
+        const QString& args = request.arguments;
         detail = QStringLiteral("arguments \"%1\"").arg(args);
         QString error;
         ok = claimed && !args.isNull() && m_openvpn.start(args, callerUid, error);
@@ -146,7 +132,7 @@ bool RequestHandler::handle(const QByteArray& packet, qint64 callerUid)
     }
     case HelperWire::UpdateInstall: {
         name = QStringLiteral("updateInstall");
-        const QString path = WireText::readUcs4(packet, HelperWire::UpdatePathOffset, HelperWire::UpdatePathSize);
+        const QString& path = request.packagePath;
         detail = QStringLiteral("package \"%1\"").arg(path);
         std::lock_guard<std::mutex> lock(m_updateMutex);
         ok = !path.isNull() && m_update.install(path, callerUid);

@@ -2,6 +2,7 @@
 
 #include "Firewall.h"
 #include "HelperPaths.h"
+#include "HelperRequest.h"
 #include "OpenVpnLauncher.h"
 #include "TimezoneChanger.h"
 #include "TunnelOwner.h"
@@ -26,8 +27,8 @@ public:
     void stopOpenVpn() { m_openvpn.stop(); }
 
 private:
-    bool firewall(quint32 command, const QByteArray& packet, QString& detail);
-    bool timezone(const QByteArray& packet, QString& detail);
+    bool firewall(const HelperRequest& request, QString& detail);
+    bool timezone(const HelperRequest& request, QString& detail);
 
     TunnelOwner m_owner;
     std::mutex m_firewallMutex;

@@ -1,7 +1,5 @@
 #include <QtTest>
 
-#include <QDomDocument>
-
 #include "FakeService.h"
 #include "LocalSettings.h"
 #include "NetworkManager.h"
@@ -116,10 +114,11 @@ private slots:
     void serverAttributes()
     {
         QFETCH(QByteArray, attributes);
-        QDomDocument doc;
-        doc.setContent(vpn(QStringLiteral("Oslo"), QStringLiteral("u"), attributes));
-        QDomNode node = doc.documentElement();
-        const ServerInfo s = client()->parseServer(&node);
+        AccountData account;
+        AccountAnswer().readServerList(document(vpn(QStringLiteral("Oslo"), QStringLiteral("u"), attributes)),
+                                       &account);
+        QCOMPARE(account.servers.size(), 1);
+        const ServerInfo s = account.servers.first();
         QTEST(s.tcpPorts, "tcpPorts");
         QTEST(s.udpPorts, "udpPorts");
         QTEST(s.sslPort, "sslPort");

@@ -33,17 +33,6 @@ class TestOfflineCache : public QObject
         return lines;
     }
 
-    // Every field, port lists with their length: the text form cannot tell an empty list from one empty port.
-    static QStringList fieldsOf(const ServerInfo& s)
-    {
-        QStringList fields {s.name, s.flag, s.title, s.ip, s.user, s.password, s.groupName, s.sni};
-        for (const QStringList* ports : {&s.tcpPorts, &s.udpPorts})
-            fields << QString::number(ports->size()) + QLatin1Char(':') + ports->join(QLatin1Char('|'));
-        for (int number : {s.ping, int(s.favorite), s.sslPort, int(s.type), int(s.protocol)})
-            fields << QString::number(number);
-        return fields;
-    }
-
     static QStringList subscriptionLines(NetworkManager* nm)
     {
         QStringList lines;
@@ -94,29 +83,6 @@ private slots:
         NetworkManager::resetInstance();
         // An empty list, unlike the reset text: not even a default record is written back.
         QVERIFY(LocalSettings::instance()->value(Keys::CachedServers).toStringList().isEmpty());
-    }
-
-    void serverLinesReadAndWrittenAsTheRecordDoes_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::newRow("nine fields are a default record") << QStringLiteral("a;b;c;d;1;vpn1;g;1;2");
-        QTest::newRow("placeholders in texts are filled by later fields")
-            << QStringLiteral("a%12b;%1;c%13;d;1;vpn1;p%2w;80;9;4;5;2;%11");
-    }
-    void serverLinesReadAndWrittenAsTheRecordDoes()
-    {
-        QFETCH(QString, line);
-        auto store = LocalSettings::instance();
-        store->setValue(Keys::CachedServers, QStringList {line});
-        const ServerInfo expected(line);
-        store->setValue(Keys::VpnLogin, QStringLiteral("vpn1"));
-        NetworkManager* nm = restart();
-        const QVector<ServerInfo> loaded = nm->servers();
-        QCOMPARE(loaded.size(), expected.user.isEmpty() ? 0 : 1);
-        if (!loaded.isEmpty())
-            QCOMPARE(fieldsOf(loaded.at(0)), fieldsOf(expected));
-        NetworkManager::resetInstance();
-        QCOMPARE(LocalSettings::instance()->value(Keys::CachedServers).toStringList(), QStringList {expected});
     }
 
     // Damaged bytes keep what was read before the damage.

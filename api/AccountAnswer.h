@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+#include <QVector>
+
+#include "ServerInfo.h"
+#include "Subscription.h"
+
+// The account data that sign-in and the list refresh bring and the offline cache keeps.
+struct AccountData
+{
+    QVector<ServerInfo> servers;
+    QMap<QString, Subscription> subscriptions;
+    QByteArray config;
+    QMap<QString, QByteArray> certificates;
+    QMap<QString, QByteArray> keys;
+};
+
+// Reads one answer of the service into the account data, element by element in document order: the elements before
+// one that stops the reading stay applied. The first `vpn` element replaces the server list; answers without one
+// keep it.
+class AccountAnswer
+{
+public:
+    enum Outcome {
+        Complete,
+        BadVersion, // `ver` is not "true"
+        WrongLogin, // `auth` is not "true"
+        Refused, // an `error` element; errorText() holds its text
+    };
+
+    // A sign-in answer: version, credentials, refusal and the account elements. Its update offer is not read: the
+    // update check asks for its own.
+    Outcome readSignIn(const QByteArray& body, AccountData* account);
+    // A list refresh: only the account elements; version, credentials and subscription were settled at sign-in.
+    void readServerList(const QByteArray& body, AccountData* account);
+
+    bool isLite() const { return m_lite; }
+    const QString& errorText() const { return m_errorText; }
+
+    // The offer of the update check's answer: version and link of the first `upgrade` element that has both,
+    // or two empty texts.
+    static QPair<QString, QString> updateOffer(const QByteArray& body);
+
+private:
+    bool m_lite = true;
+    QString m_errorText;
+};
