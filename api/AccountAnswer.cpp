@@ -1,6 +1,5 @@
 #include "AccountAnswer.h"
 
-#include <QDomDocument>
 #include <QStringView>
 
 #include "AnswerReader.h"
@@ -161,19 +160,39 @@ void AccountAnswer::readServerList(const QByteArray& body, AccountData* account)
 
 QPair<QString, QString> AccountAnswer::updateOffer(const QByteArray& body)
 {
-    QDomDocument doc(QStringLiteral("request"));
-    // A body that is not XML leaves an empty document: the walk then finds nothing.
-    doc.setContent(body);
-    for (QDomNode node = doc.documentElement().firstChild(); !node.isNull(); node = node.nextSibling()) {
-        if (node.toElement().tagName() != QLatin1String("upgrade"))
+    AnswerReader answer(body);
+    while (answer.next()) {
+        if (answer.name() != QLatin1String("upgrade"))
             continue;
         QPair<QString, QString> update;
-        for (QDomNode part = node.firstChild(); !part.isNull(); part = part.nextSibling()) {
-            const QDomElement e = part.toElement();
-            takeUpdatePart(&update, e.tagName(), e.text());
-        }
+        for (const AnswerReader::Part& part : answer.parts())
+            takeUpdatePart(&update, part.name, part.text);
         if (!update.first.isEmpty() && !update.second.isEmpty())
             return update;
     }
     return {};
+}
+
+bool AccountAnswer::firstText(const QByteArray& body, QLatin1String name, QString* text)
+{
+    AnswerReader answer(body);
+    while (answer.next()) {
+        if (answer.name() == name) {
+            *text = decodeText(answer.text());
+            return true;
+        }
+    }
+    return false;
+}
+
+QMap<QString, int> AccountAnswer::doubleHopPings(const QByteArray& body)
+{
+    QMap<QString, int> pings;
+    AnswerReader answer(body);
+    while (answer.next()) {
+        // Plain text and a plain number here, unlike the account answer.
+        if (answer.name() == QLatin1String("p"))
+            pings.insert(answer.text(), answer.attribute(QLatin1String("p")).toInt());
+    }
+    return pings;
 }

@@ -43,6 +43,10 @@ public:
     // The offer of the update check's answer: version and link of the first `upgrade` element that has both,
     // or two empty texts.
     static QPair<QString, QString> updateOffer(const QByteArray& body);
+    // The decoded text of the first child of that name (the time zone, the purchase link); false when there is none.
+    static bool firstText(const QByteArray& body, QLatin1String name, QString* text);
+    // The double-hop latencies by server name.
+    static QMap<QString, int> doubleHopPings(const QByteArray& body);
 
 private:
     bool m_lite = true;

@@ -2,7 +2,6 @@
 
 #include <QDataStream>
 #include <QDebug>
-#include <QDomDocument>
 #include <QHash>
 #include <QMutexLocker>
 #include <QUrl>
@@ -21,19 +20,6 @@ NetworkManager* NetworkManager::_self = nullptr;
 namespace {
 const int channelTimeoutMs = 10000;
 const QString userLineSeparator = QStringLiteral("||");
-
-QString decodeText(const QString& base64)
-{
-    return QString::fromUtf8(QByteArray::fromBase64(base64.toLatin1()));
-}
-
-QDomElement documentElement(const QByteArray& body)
-{
-    QDomDocument doc(QStringLiteral("request"));
-    // A body that is not XML leaves an empty document: the walk then finds nothing.
-    doc.setContent(body);
-    return doc.documentElement();
-}
 } // namespace
 
 NetworkManager* NetworkManager::instance()
@@ -242,12 +228,11 @@ void NetworkManager::slotIpTimezoneFinished()
         emit gotIpTimezone(QString(), false);
         return;
     }
-    const QDomElement zone = documentElement(timezoneGet->data).firstChildElement(QStringLiteral("timezone"));
-    if (zone.isNull()) {
+    QString name;
+    if (!AccountAnswer::firstText(timezoneGet->data, QLatin1String("timezone"), &name)) {
         emit gotIpTimezone(QString(), false);
         return;
     }
-    const QString name = decodeText(zone.text());
     if (name == QLatin1String("N/A"))
         emit gotIpTimezone(QString(), false);
     else
@@ -282,13 +267,9 @@ void NetworkManager::onRequestPingDoubleServerFinished(int)
         qDebug() << "Get ping double servers. Finished with Error:" << doubleServerGet->errorString;
         return;
     }
-    const QDomElement root = documentElement(doubleServerGet->data);
-    for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        const QDomElement e = node.toElement();
-        // Plain text and a plain number here, unlike the account document.
-        if (e.tagName() == QLatin1String("p"))
-            m_doubleServerPings.insert(e.text(), e.attribute(QStringLiteral("p")).toInt());
-    }
+    const QMap<QString, int> pings = AccountAnswer::doubleHopPings(doubleServerGet->data);
+    for (auto it = pings.cbegin(); it != pings.cend(); ++it)
+        m_doubleServerPings.insert(it.key(), it.value());
 }
 
 void NetworkManager::onRequestGetBuyLinkFinished()
@@ -299,9 +280,9 @@ void NetworkManager::onRequestGetBuyLinkFinished()
         emit buyLinkFailed(buyLinkGet->unverified ? UnverifiedService : NetworkFailure, buyLinkGet->errorString);
         return;
     }
-    const QDomElement link = documentElement(buyLinkGet->data).firstChildElement(QStringLiteral("link"));
-    if (!link.isNull())
-        emit gotBuyLink(decodeText(link.text()));
+    QString link;
+    if (AccountAnswer::firstText(buyLinkGet->data, QLatin1String("link"), &link))
+        emit gotBuyLink(link);
 }
 
 // ---- readers

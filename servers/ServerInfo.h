@@ -52,6 +52,10 @@ struct ServerInfo
     QString sni;
 };
 
+// Whether a location offers a protocol: OpenVPN TCP when it has TCP ports, UDP when it has UDP ports, stealth when
+// its stealth port is 1 or more; no other protocol. (A port list read back from the cache as one empty port counts.)
+bool offersProtocol(const ServerInfo& server, int protocol);
+
 QDataStream& operator<<(QDataStream& stream, const ServerInfo& server);
 QDataStream& operator>>(QDataStream& stream, ServerInfo& server);
 

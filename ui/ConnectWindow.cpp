@@ -49,20 +49,6 @@ QString protocolSetting()
     return name.isEmpty() ? QStringLiteral("tcp") : name;
 }
 
-bool serverOffers(const ServerInfo& server, int protocolId)
-{
-    switch (protocolId) {
-    case OpenVpnUdp:
-        return !server.udpPorts.isEmpty();
-    case OpenVpnTcp:
-        return !server.tcpPorts.isEmpty();
-    case Stealth:
-        return server.sslPort > 0;
-    default:
-        return true;
-    }
-}
-
 } // namespace
 
 ConnectWindow::ConnectWindow(ConnectHost* host, QWidget* parent)
@@ -636,7 +622,7 @@ void ConnectWindow::loadSettings()
     m_password = setting(Keys::Passwd).toString();
     m_autoConnectPending = setting(Keys::ConnectOnStart).toBool();
 
-    if (!serverOffers(m_currentServer, getVpnProtocolByLabel(protocolSetting()).id))
+    if (!offersProtocol(m_currentServer, getVpnProtocolByLabel(protocolSetting()).id))
         clearSelection();
 
     const bool killConnect = setting(Keys::KillConnect).toBool();

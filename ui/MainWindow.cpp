@@ -418,18 +418,12 @@ void MainWindow::onSettings()
 {
     qDebug().noquote() << "Show settings [mode: " << (m_liteAccount ? "Lite" : "Full") << "]";
     QList<PROTOCOL_TYPE> protocols;
-    auto add = [&protocols](PROTOCOL_TYPE id) {
-        if (!protocols.contains(id))
-            protocols << id;
-    };
     const QMap<ServerIdentif, ServerInfo> servers = m_connectWindow->getServers();
     for (const ServerInfo& server : servers) {
-        if (!server.tcpPorts.isEmpty())
-            add(OpenVpnTcp);
-        if (!server.udpPorts.isEmpty())
-            add(OpenVpnUdp);
-        if (server.sslPort >= 1)
-            add(Stealth);
+        for (PROTOCOL_TYPE id : {OpenVpnTcp, OpenVpnUdp, Stealth}) {
+            if (offersProtocol(server, id) && !protocols.contains(id))
+                protocols << id;
+        }
     }
     m_connectWindow->saveSettings();
     m_connectWindow->hide();

@@ -37,20 +37,6 @@ QSharedPointer<T> later(T* object)
     return QSharedPointer<T>(object, &QObject::deleteLater);
 }
 
-bool usableWith(const ServerInfo& server, int protocol)
-{
-    switch (protocol) {
-    case OpenVpnUdp:
-        return !server.udpPorts.isEmpty();
-    case OpenVpnTcp:
-        return !server.tcpPorts.isEmpty();
-    case Stealth:
-        return server.sslPort >= 1;
-    default:
-        return false;
-    }
-}
-
 QString settingsText(const ServerInfo& server)
 {
     return identifToSettings(ServerIdentif(server.user, server.name));
@@ -213,7 +199,7 @@ void ServerListWindow::setServers(QVector<ServerInfo> servers, int protocol, boo
     QStringList users;
     QSet<QString> seenUsers;
     for (ServerInfo& server : servers) {
-        if (!usableWith(server, m_protocol))
+        if (!offersProtocol(server, m_protocol))
             continue;
         server.favorite = favorites.contains(settingsText(server));
         server.protocol = PROTOCOL_TYPE(m_protocol);
@@ -235,10 +221,19 @@ void ServerListWindow::setServers(QVector<ServerInfo> servers, int protocol, boo
         chooseViewFromLocation();
 }
 
+bool ServerListWindow::lastLocationIsDouble() const
+{
+    const ServerIdentif last = identifFromSettings(LocalSettings::instance()->value(Keys::LastLocation).toString());
+    for (const ServerInfo& server : m_servers) {
+        if (server.user == last.first && server.name == last.second)
+            return server.type == ServerInfo::Double;
+    }
+    return false;
+}
+
 void ServerListWindow::chooseViewFromLocation()
 {
-    const QString name = identifFromSettings(LocalSettings::instance()->value(Keys::LastLocation).toString()).second;
-    if (name.contains(QLatin1Char('-')))
+    if (lastLocationIsDouble())
         onFilterChange(isDoubleServerFilterVisible() ? DoubleFilter : StandartFilter);
     else
         onFilterChange(isStandartServerFilterVisible() ? StandartFilter : DoubleFilter);
@@ -388,7 +383,7 @@ void ServerListWindow::onSearch()
     const QString name = identifFromSettings(LocalSettings::instance()->value(Keys::LastLocation).toString()).second;
     if (name.isEmpty())
         return;
-    onFilterChange(name.contains(QLatin1Char('-')) ? DoubleFilter : StandartFilter);
+    onFilterChange(lastLocationIsDouble() ? DoubleFilter : StandartFilter);
 }
 
 void ServerListWindow::onSearchTextChanged()

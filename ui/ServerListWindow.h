@@ -87,6 +87,8 @@ private:
     void onFavoriteRowChanged(const QModelIndex& topLeft);
     void markFavorites(const QStringList& favorites);
     void chooseViewFromLocation();
+    // Whether the remembered location is a double-hop one, by its record's type.
+    bool lastLocationIsDouble() const;
     void updateViewVisibility();
 
     QSharedPointer<AbstractServerModel> m_model;

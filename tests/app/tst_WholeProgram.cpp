@@ -25,9 +25,9 @@
 #include <thread>
 
 #include "Constants.h"
+#include "E2eLab.h"
 #include "FakeService.h"
 #include "StatusNotifierWatcherDouble.h"
-#include "e2e/E2eLab.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // What an ordinary local account can make the helper daemon do. Two accounts of the test's own
-// talk to the daemon in the e2e lab's client namespace (see e2e/netns-lab.sh): B tries each way to
+// talk to the daemon in the e2e lab's client namespace (see tools/lab/netns-lab.sh): B tries each way to
 // act as root or on A's tunnel and must be refused with nothing changed, while A, not root
 // either, uses the firewall, OpenVPN and the time zone the way the client does.
 
-#include "e2e/E2eLab.h"
+#include "E2eLab.h"
 
 #include "MakeOVPNFile.h"
 #include "WireClient.h"

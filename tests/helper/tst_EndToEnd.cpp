@@ -1,8 +1,8 @@
 // The connection engine against the real helper daemon, OpenVPN, stunnel and nftables, in two
-// network namespaces of the test's own (see e2e/netns-lab.sh). The machine's own namespace is
+// network namespaces of the test's own (see tools/lab/netns-lab.sh). The machine's own namespace is
 // never changed.
 
-#include "e2e/E2eLab.h"
+#include "E2eLab.h"
 
 #include "Connection.h"
 #include "MakeOVPNFile.h"

@@ -34,7 +34,7 @@ field() { dpkg-deb -f "$deb" "$1"; }
 [ "$(field Package)" = tavrin ] || fail "Package is $(field Package)"
 [ "$(field Version)" = 3.6.9 ] || fail "Version is $(field Version)"
 [ "$(field Architecture)" = amd64 ] || fail "Architecture is $(field Architecture)"
-for dep in openvpn stunnel4 nftables famfamfam-flag-png debsig-verify ca-certificates libqt5core5a libqt5widgets5 libqt5network5 libqt5xml5; do
+for dep in openvpn stunnel4 nftables famfamfam-flag-png debsig-verify ca-certificates libqt5core5a libqt5widgets5 libqt5network5; do
     field Depends | tr ',' '\n' | grep -q "^ *$dep\b" || fail "Depends lacks $dep"
 done
 

@@ -36,6 +36,36 @@ private slots:
         QCOMPARE(server.ping, 0);
     }
 
+    // One rule for the connect page, the server list and the settings' protocol choice.
+    void offersProtocol_data()
+    {
+        QTest::addColumn<QStringList>("tcp");
+        QTest::addColumn<QStringList>("udp");
+        QTest::addColumn<int>("sslPort");
+        QTest::addColumn<QList<bool>>("offers"); // TCP, UDP, stealth, PPTP
+        using B = QList<bool>;
+        QTest::newRow("UDP ports only") << QStringList() << QStringList {"1194"} << 0 << B {false, true, false, false};
+        QTest::newRow("a cached empty port list counts, stealth from port 1")
+            << QStringList {""} << QStringList() << 1 << B {true, false, true, false};
+        QTest::newRow("a negative stealth port is none")
+            << QStringList() << QStringList() << -443 << B {false, false, false, false};
+    }
+    void offersProtocol()
+    {
+        ServerInfo server;
+        QFETCH(QStringList, tcp);
+        QFETCH(QStringList, udp);
+        server.tcpPorts = tcp;
+        server.udpPorts = udp;
+        QFETCH(int, sslPort);
+        server.sslPort = sslPort;
+        const QList<bool> offers {::offersProtocol(server, OpenVpnTcp),
+                                  ::offersProtocol(server, OpenVpnUdp),
+                                  ::offersProtocol(server, Stealth),
+                                  ::offersProtocol(server, PPTP)};
+        QTEST(offers, "offers");
+    }
+
     // With the parser pinned above, writing back the same line proves every field's place in the text.
     void textFormRoundTrip()
     {

@@ -91,7 +91,7 @@ else
     # The offered update, signed with the demo's key, installs through the helper daemon into the
     # demo's own dpkg root.
     grep -q "$(printf 3.7.0 | base64)" <<<"$answer" || fail "no update is offered"
-    ip netns exec $CLI "$build/tests/helper/tavrin-wire-tool" update "$helper_port" "$dir/update.deb" >/dev/null \
+    ip netns exec $CLI "$build/tools/wire/tavrin-wire-tool" update "$helper_port" "$dir/update.deb" >/dev/null \
         || fail "the helper daemon refused the demo's update: $(tail -n 2 "$dir/helperd.log")"
     installed() { dpkg-query --root="$dir/dpkg-root" -W -f='${Version}' tavrin; }
     for _ in $(seq 100); do [ "$(installed)" = 3.7.0 ] && break; sleep 0.1; done

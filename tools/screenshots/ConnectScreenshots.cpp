@@ -1,5 +1,5 @@
 // Renders the connect page in its idle, connecting and connected looks into PNG files, so that a
-// person can look at them (scripts/screenshots-connect runs this under Xvfb).
+// person can look at them (scripts/screenshots connect runs this under Xvfb).
 #include <QApplication>
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 // Renders the sign-in, selection, server list, settings, account and purchase pages with the fake service's demo
-// account into PNG files, so that a person can look at them (scripts/screenshots-pages runs this under Xvfb).
+// account into PNG files, so that a person can look at them (scripts/screenshots pages runs this under Xvfb).
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # DNS through the tunnel on each resolver setup, with the real helper daemon, OpenVPN and the
-# managers themselves, in the namespaces of netns-lab.sh. Each setup gets a mount namespace of its
+# managers themselves, in the namespaces of tools/lab/netns-lab.sh. Each setup gets a mount namespace of its
 # own in the client namespace, with /etc and /usr as overlays (a manager is installed into them
 # with dpkg -x) and fresh /run and /var/lib, so the machine's own resolver is never touched.
 #
@@ -39,11 +39,11 @@ holder=""
 cleanup() {
     [ -z "$holder" ] || kill "$holder" 2>/dev/null
     [ ! -d "$dir/resolved" ] || "$here/resolved-ns.sh" stop "$dir/resolved" >/dev/null 2>&1
-    "$here/netns-lab.sh" down "$dir" >/dev/null 2>&1 || true
+    "$source_dir/tools/lab/netns-lab.sh" down "$dir" >/dev/null 2>&1 || true
     rm -rf "$dir"
 }
 trap cleanup EXIT
-"$here/netns-lab.sh" up "$dir" >/dev/null
+"$source_dir/tools/lab/netns-lab.sh" up "$dir" >/dev/null
 
 # DNS servers in the server namespace: the tunnel's answers 10.99.0.1, the router's 10.99.0.2.
 for s in "$TUNNEL_DNS:10.99.0.1" "$ROUTER:10.99.0.2"; do

@@ -2,7 +2,7 @@
 // test starts it under other local accounts. Exit code 0 yes, 1 no, 2 no reply from the daemon,
 // 3 the management port refused or reset the connection; 64 bad usage.
 
-#include "../WireClient.h"
+#include "WireClient.h"
 
 #include <QCoreApplication>
 #include <QTcpServer>
