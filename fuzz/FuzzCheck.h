@@ -16,10 +16,12 @@
         }                                                                                                              \
     } while (false)
 
-// The program's log lines are noise here.
-inline void quietLogs()
+// Each target is one translation unit that includes this header once: the program's log lines are
+// noise there.
+extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    return 0;
 }
 
 inline QByteArray bytes(const uint8_t* data, size_t size)

@@ -2,12 +2,6 @@
 // through the wire's UCS-4 field, this one mutates the words directly.
 #include "DaemonProperties.h"
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    quietLogs();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     checkArguments(QString::fromUtf8(bytes(data, size)));

@@ -4,12 +4,6 @@
 #include "ManagementLine.h"
 #include "OpenVPNConnectorQt.h"
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    quietLogs();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QByteArray stream = bytes(data, size);

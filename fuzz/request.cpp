@@ -6,12 +6,6 @@
 
 #include <cstring>
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    quietLogs();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     QByteArray packet(int(HelperWire::PacketSize), '\0');

@@ -2,12 +2,6 @@
 #include "AccountAnswer.h"
 #include "FuzzCheck.h"
 
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    quietLogs();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QPair<QString, QString> offer = AccountAnswer::updateOffer(bytes(data, size));
