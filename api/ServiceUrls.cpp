@@ -1,5 +1,7 @@
 #include "ServiceUrls.h"
 
+#include <QUrl>
+
 namespace {
 QString fromEnvironment(const char* name, const QString& fallback)
 {
@@ -22,6 +24,12 @@ QString api()
 QString site()
 {
     return fromEnvironment("TAVRIN_SITE_URL", QStringLiteral("https://velmora.com"));
+}
+
+QString siteHost()
+{
+    const QString host = QUrl(site()).host();
+    return host.isEmpty() ? QStringLiteral("velmora.com") : host;
 }
 
 QString probe()

@@ -10,6 +10,8 @@ namespace ServiceUrls {
 QString api();
 // Web-site base, same form. TAVRIN_SITE_URL.
 QString site();
+// The web site's host, as named in messages: "velmora.com" when the address has none.
+QString siteHost();
 // Front page of a large public site fetched over plain http to tell "no network" from "no service".
 // TAVRIN_PROBE_URL.
 QString probe();

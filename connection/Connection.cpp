@@ -3,11 +3,14 @@
 #include "OpenVPNConnectorQt.h"
 #include "ServiceConnector.h"
 
+#include <QCoreApplication>
+
 Connection::Connection(QObject* parent)
     : QObject(parent)
     , serviceConnector(new ServiceConnector())
     , connector(new OpenVPNConnectorQt(OpenVPNConnectorQt::Parameters {serviceConnector}))
 {
+    daemonRequests.setMaxThreadCount(1);
     QObject::connect(connector, &OpenVPNConnectorQt::connected, this, &Connection::onOvpnConnected);
     QObject::connect(connector, &OpenVPNConnectorQt::reconnecting, this, &Connection::reconnecting);
     QObject::connect(connector, &OpenVPNConnectorQt::disconnected, this, &Connection::onOvpnDisconnected);
@@ -35,6 +38,10 @@ void Connection::connect(ServerInfo server, QString login, QString password, QSt
         break;
     case OpenVpnUdp:
     case OpenVpnTcp:
+        // What the previous session reported and nobody has read yet is about an attempt that is
+        // over: dropped, so that its late end is not taken for the end of this one.
+        connector->endPreviousSession();
+        QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
         connector->connect(configPath, login, password);
         break;
     default:
@@ -52,44 +59,64 @@ bool Connection::installHelper()
     return serviceConnector->installHelper(QString());
 }
 
-bool Connection::firewallOn(const QString& ips, const QString& adapterName, const FIREWALL_PARAMETERS& parameters)
+void Connection::firewallOn(const QString& ips,
+                            const QString& adapterName,
+                            const FIREWALL_PARAMETERS& parameters,
+                            Answer answer)
 {
-    return serviceConnector->firewallOn(ips, adapterName, parameters);
+    ask([=](ServiceConnector& daemon) { return daemon.firewallOn(ips, adapterName, parameters); }, std::move(answer));
 }
 
-bool Connection::firewallChange(const QString& ips, const QString& adapterName, const FIREWALL_PARAMETERS& parameters)
+void Connection::firewallChange(const QString& ips,
+                                const QString& adapterName,
+                                const FIREWALL_PARAMETERS& parameters,
+                                Answer answer)
 {
-    return serviceConnector->firewallChange(ips, adapterName, parameters);
+    ask([=](ServiceConnector& daemon) { return daemon.firewallChange(ips, adapterName, parameters); },
+        std::move(answer));
 }
 
-bool Connection::firewallOff()
+void Connection::firewallOff(Answer answer)
 {
-    return serviceConnector->firewallOff();
+    ask([](ServiceConnector& daemon) { return daemon.firewallOff(); }, std::move(answer));
 }
 
-bool Connection::firewallSupported()
+void Connection::firewallSupported(Answer answer)
 {
-    return serviceConnector->firewallSupported();
+    ask([](ServiceConnector& daemon) { return daemon.firewallSupported(); }, std::move(answer));
 }
 
-void Connection::firewallEnableOnStart()
+void Connection::timezonechangeSupported(Answer answer)
 {
-    serviceConnector->firewallEnableOnStart();
+    ask([](ServiceConnector& daemon) { return daemon.timezonechangeSupported(); }, std::move(answer));
 }
 
-bool Connection::timezonechangeSupported()
+void Connection::timezoneChange(bool restore, const QString& zone, Answer answer)
 {
-    return serviceConnector->timezonechangeSupported();
+    ask([=](ServiceConnector& daemon) { return daemon.timezoneChange(restore, zone); }, std::move(answer));
 }
 
-bool Connection::timezoneChange(const bool& restore, const QString& zone)
+void Connection::updateInstall(const QString& path, Answer answer)
 {
-    return serviceConnector->timezoneChange(restore, zone);
+    ask([=](ServiceConnector& daemon) { return daemon.updateInstall(path); }, std::move(answer));
 }
 
-bool Connection::updateInstall(const QString& path)
+void Connection::waitForDaemon()
 {
-    return serviceConnector->updateInstall(path);
+    daemonRequests.waitForDone();
+}
+
+void Connection::ask(std::function<bool(ServiceConnector&)> request, Answer answer)
+{
+    const QSharedPointer<ServiceConnector> daemon = serviceConnector;
+    QObject* answers = &daemonAnswers;
+    daemonRequests.start([answers, daemon, request = std::move(request), answer = std::move(answer)]() {
+        const bool ok = request(*daemon);
+        // Posted to a member: an answer still on its way when this object goes is dropped with it.
+        if (answer)
+            QMetaObject::invokeMethod(
+                answers, [answer, ok]() { answer(ok); }, Qt::QueuedConnection);
+    });
 }
 
 QString Connection::errorText(int code)

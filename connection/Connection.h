@@ -7,12 +7,19 @@
 #include <QObject>
 #include <QSharedPointer>
 #include <QString>
+#include <QThreadPool>
+
+#include <functional>
 
 class OpenVPNConnectorQt;
 class ServiceConnector;
 
-// The one object through which the connect page drives the engine: connects by protocol, turns
-// error numbers into messages and byte totals into rates, and forwards the daemon requests.
+// The one object through which the connection controller drives the engine: connects by protocol,
+// turns error numbers into messages and byte totals into rates, and forwards the daemon requests.
+//
+// Daemon requests never block the caller: they run one after another, in the order they were made,
+// on a thread of their own, and each answer comes back to the caller's thread through its callback
+// (a daemon that does not answer reads as a refusal once the client's time-out has passed).
 class Connection : public QObject
 {
     Q_OBJECT
@@ -24,15 +31,25 @@ public:
     void connect(ServerInfo server, QString login, QString password, QString configPath, ProxySetting proxy);
     void disconnect(bool);
 
+    using Answer = std::function<void(bool)>;
+
     bool installHelper();
-    bool firewallOn(const QString& ips, const QString& adapterName, const FIREWALL_PARAMETERS& parameters);
-    bool firewallChange(const QString& ips, const QString& adapterName, const FIREWALL_PARAMETERS& parameters);
-    bool firewallOff();
-    bool firewallSupported();
-    void firewallEnableOnStart();
-    bool timezonechangeSupported();
-    bool timezoneChange(const bool& restore, const QString& zone);
-    bool updateInstall(const QString& path);
+    void firewallOn(const QString& ips,
+                    const QString& adapterName,
+                    const FIREWALL_PARAMETERS& parameters,
+                    Answer answer = {});
+    void firewallChange(const QString& ips,
+                        const QString& adapterName,
+                        const FIREWALL_PARAMETERS& parameters,
+                        Answer answer = {});
+    void firewallOff(Answer answer = {});
+    void firewallSupported(Answer answer);
+    void timezonechangeSupported(Answer answer);
+    void timezoneChange(bool restore, const QString& zone, Answer answer = {});
+    void updateInstall(const QString& path, Answer answer);
+    // Blocks until every daemon request made so far has been answered (or has timed out); for the
+    // program's end, when the last firewall request must be through before the process goes.
+    void waitForDaemon();
 
     // The message shown for an error number of the management client.
     static QString errorText(int code);
@@ -58,6 +75,7 @@ private:
     // PPTP and L2TP have no implementation on this platform.
     void connectPPTP(const QString& host, const QString& login, const QString& password);
     void connectL2TP(const QString& host, const QString& login, const QString& password, const QString& secret);
+    void ask(std::function<bool(ServiceConnector&)> request, Answer answer);
 
     QSharedPointer<ServiceConnector> serviceConnector;
     OpenVPNConnectorQt* connector;
@@ -65,4 +83,9 @@ private:
     quint64 prevBytesOut = 0;
     quint64 lastBytesIn = 0;
     quint64 lastBytesOut = 0;
+    // The answers come back through this object's events, apart from the engine's reports.
+    QObject daemonAnswers;
+    // One thread, so that the daemon sees the requests in the order they were made. Declared last:
+    // destroyed first, it waits for the requests still queued while the rest is alive.
+    QThreadPool daemonRequests;
 };

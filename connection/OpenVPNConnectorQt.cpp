@@ -91,17 +91,22 @@ OpenVPNConnectorQt::~OpenVPNConnectorQt()
     acquireSession();
 }
 
+void OpenVPNConnectorQt::endPreviousSession()
+{
+    if (!isRunning())
+        return;
+    stopRequested = true;
+    const int fd = socketOpenVPNfd.load();
+    if (fd >= 0)
+        ::shutdown(fd, SHUT_RDWR);
+    wait();
+    acquireSession();
+}
+
 void OpenVPNConnectorQt::connect(const QString& configPath_, const QString& username_, const QString& password_)
 {
-    if (isRunning()) {
-        // A previous run still finishing: stop it first, or start() below would do nothing.
-        stopRequested = true;
-        const int fd = socketOpenVPNfd.load();
-        if (fd >= 0)
-            ::shutdown(fd, SHUT_RDWR);
-        wait();
-        acquireSession();
-    }
+    // A previous run still finishing is stopped first, or start() below would do nothing.
+    endPreviousSession();
     configPath = configPath_;
     username = username_;
     password = password_;

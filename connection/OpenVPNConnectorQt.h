@@ -25,6 +25,8 @@ public:
     ~OpenVPNConnectorQt() override;
 
     void connect(const QString& configPath, const QString& username, const QString& password);
+    // Stops a session that is still finishing and waits for its thread.
+    void endPreviousSession();
     // Asks OpenVPN to stop when the management connection is up; never waits.
     void disconnect();
 

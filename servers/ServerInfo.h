@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include <QDataStream>
 #include <QMetaType>
 #include <QString>
@@ -55,6 +57,17 @@ struct ServerInfo
 // Whether a location offers a protocol: OpenVPN TCP when it has TCP ports, UDP when it has UDP ports, stealth when
 // its stealth port is 1 or more; no other protocol. (A port list read back from the cache as one empty port counts.)
 bool offersProtocol(const ServerInfo& server, int protocol);
+// The protocols that at least one of the locations offers, in the order TCP, UDP, stealth.
+template <class Servers>
+QList<PROTOCOL_TYPE> offeredProtocols(const Servers& servers)
+{
+    QList<PROTOCOL_TYPE> protocols;
+    for (PROTOCOL_TYPE id : {OpenVpnTcp, OpenVpnUdp, Stealth}) {
+        if (std::any_of(servers.begin(), servers.end(), [id](const ServerInfo& s) { return offersProtocol(s, id); }))
+            protocols << id;
+    }
+    return protocols;
+}
 
 QDataStream& operator<<(QDataStream& stream, const ServerInfo& server);
 QDataStream& operator>>(QDataStream& stream, ServerInfo& server);

@@ -1,19 +1,14 @@
 #pragma once
 
-#include <QByteArray>
+#include "ConnectionController.h"
+
 #include <QString>
 
 // What the connect page needs from the window that holds it: the account data for a connection,
 // page changes and the tray relays. The main window implements it; tests give a small stand-in.
-class ConnectHost
+class ConnectHost : public ConnectionController::Materials
 {
 public:
-    virtual ~ConnectHost() = default;
-
-    virtual QByteArray getConfigOvpnByServer(QString server) = 0;
-    virtual QByteArray getCertifOvpnByUser(QString user) = 0;
-    virtual QByteArray getKeyOvpnByUser(QString user) = 0;
-
     // Brings the connect page to the front.
     virtual void onBack() = 0;
     // Shows and raises the window.

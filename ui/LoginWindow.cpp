@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "CustomMessageBox.h"
+#include "NetworkManager.h"
 #include "WidgetStyle.h"
 
 LoginWindow::LoginWindow(QWidget* parent)
@@ -122,4 +123,19 @@ void LoginWindow::onLoginSelectionChanged()
 {
     // Kept as a hook; the selection of the user name needs no reaction.
     Q_UNUSED(m_edLogin->hasFocus());
+}
+
+void LoginWindow::explainNoAnswer()
+{
+    setCursor(Qt::WaitCursor);
+    setEnabled(false);
+    const bool internet = NetworkManager::instance()->checkInternet();
+    setEnabled(true);
+    restoreCursor();
+    // The texts belong to the main window's translations, where they have always been.
+    CustomMessageBox::critical(
+        window(),
+        QStringLiteral("Tavrin"),
+        internet ? QCoreApplication::translate("MainWindow", "Application has no access to Velmora")
+                 : QCoreApplication::translate("MainWindow", "Application has no access to network."));
 }

@@ -18,6 +18,9 @@ public:
     void clear();
     // Ends the wait cursor that a sign-in started.
     void restoreCursor();
+    // After a sign-in that got no answer: waits (busy) for the check of the network, then says whether
+    // the machine has no network at all or only the service is out of reach.
+    void explainNoAnswer();
 
     QLineEdit* loginEdit() const { return m_edLogin; }
     QLineEdit* passwordEdit() const { return m_edPassword; }

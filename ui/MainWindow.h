@@ -1,29 +1,31 @@
 #pragma once
 
-#include <QMainWindow>
 #include <QSharedPointer>
 #include <QString>
 
+#include <initializer_list>
+#include <memory>
+
 #include "ConnectHost.h"
+#include "ConnectWindow.h"
 #include "NetworkManager.h"
 #include "ServerIdentif.h"
+#include "ServiceUrls.h"
+#include "TrayWindow.h"
 
+class AccountSession;
 class AccountWindow;
-class ConnectWindow;
 class LoginWindow;
-class ProgressDlg;
-class QTimer;
 class ReachabilityQt;
 class SelectionAccountWindow;
 class ServerListWindow;
 class SettingsWindow;
-class SoftwareUpdater;
 class SubscriptionPurchaseWindow;
-class SystemTray;
+class UpdateOffer;
 
-// The program's only top-level window: owns every page, shows one at a time, drives sign-in and
-// sign-out, retries the server list, schedules update checks and relays the tray's commands.
-class MainWindow : public QMainWindow, public ConnectHost
+// The program's only top-level window: owns every page and shows one at a time, turns what its AccountSession
+// decides into pages and messages, holds the update offer and relays the tray's commands.
+class MainWindow : public TrayWindow, public ConnectHost
 {
     Q_OBJECT
 
@@ -31,37 +33,30 @@ public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    static constexpr int FixedWidth = 340;
-    static constexpr int FixedHeight = 500;
-    static constexpr int UpdateCheckDelayMs = 5000;
-
-    // Pause before the server list is asked again after a failed answer. Tests shorten it.
-    static int serverListRetryMs;
-
     void checkAutologin();
-    void doSignIn(QString login, QString password);
-    void authSuccess();
     void badVersionDlg();
-    void scheduleCheckUpdate();
     void initTray();
     void initPageWidget();
-    void updateSize();
-    void centerScreen(QRect& rect);
 
     // Host name shown in the outdated-version message: the web site's host.
-    static QString siteHostName();
+    static QString siteHostName() { return ServiceUrls::siteHost(); }
 
-    QByteArray getConfigOvpnByServer(QString server) override;
-    QByteArray getCertifOvpnByUser(QString user) override;
-    QByteArray getKeyOvpnByUser(QString user) override;
-    void setTrayStatusConnected(bool notify) override;
-    void setTrayStatusDisconnected(bool notify) override;
-    void setTrayStatusConnecting() override;
-    void setTrayStatusReestablishing() override;
-    void setTrayActiveServer(QString& name) override;
+    QByteArray getConfigOvpnByServer(QString server) override
+    {
+        return NetworkManager::instance()->getConfigOVPNbyServer(server);
+    }
+    QByteArray getCertifOvpnByUser(QString user) override
+    {
+        return NetworkManager::instance()->getCertifOvpnByUser(user);
+    }
+    QByteArray getKeyOvpnByUser(QString user) override { return NetworkManager::instance()->getKeyOvpnByUser(user); }
+    void setTrayStatusConnected(bool notify) override { m_tray->setStatusConnected(notify); }
+    void setTrayStatusDisconnected(bool notify) override { m_tray->setStatusDisconnected(notify); }
+    void setTrayStatusConnecting() override { m_tray->setStatusConnecting(); }
+    void setTrayStatusReestablishing() override { m_tray->setStatusReestablishing(); }
+    void setTrayActiveServer(QString& name) override { m_tray->setActiveServer(name); }
 
     // For tests: the pages and helpers this window owns.
-    SystemTray* tray() const { return m_tray; }
     LoginWindow* loginPage() const { return m_loginWindow.data(); }
     ConnectWindow* connectPage() const { return m_connectWindow.data(); }
     SettingsWindow* settingsPage() const { return m_settingsWindow.data(); }
@@ -69,10 +64,8 @@ public:
     SubscriptionPurchaseWindow* purchasePage() const { return m_purchaseWindow.data(); }
     AccountWindow* accountPage() const { return m_accountWindow.data(); }
     SelectionAccountWindow* selectionPage() const { return m_selectionWindow.data(); }
-    ProgressDlg* progressDialog() const { return m_progressDlg.data(); }
-    SoftwareUpdater* updater() const { return m_updater.data(); }
-    bool isAutoLoginPending() const { return m_autoLoginPending; }
-    bool hasServerListRetry() const { return !m_serverListTimer.isNull(); }
+    UpdateOffer* updateOffer() const { return m_updateOffer.get(); }
+    AccountSession* session() const { return m_session.get(); }
 
 public slots:
     void onSettings();
@@ -81,29 +74,18 @@ public slots:
     void onHide();
     void onExit();
     void onStatus();
-    void onConnected();
-    void onWakeUp();
+    void onConnected() { }
+    void onWakeUp() { activateWindow(); }
     void onBack() override;
     void onSignIn(QString login, QString password);
     void onReturnToSignUp();
     void onServerList(int protocol);
     void onChangeServer(const ServerIdentif& id);
-    void onServerUpdateFinished(NetworkManager::ApiError errorCode, QString errorStr);
-    void onServerListUpdateRequest();
-    void onAuthRequest(NetworkManager::ApiError errorCode, QString errorString);
-    void onTrayConnect();
+    void onTrayConnect() { m_connectWindow->onClickConnect(); }
     void onTrayReconnect();
-    void onTrayDisconnect();
-    void onTrayShow();
-    void onSettingsChanged();
-    void onCheckSoftwareUpdateScheduled();
-    void onCheckSoftwareUpdateNewVersion();
-    void onCheckSoftwareFailed();
-    void onConfirmNewUpdate();
-    void onCancelDownloadNewUpdate();
-    void onFailDownloadNewUpdate();
-    void onFailInstallNewUpdate();
-    void onDownloadNewUpdateComplited(QString updatePathName);
+    void onTrayDisconnect() { m_connectWindow->onClickConnect(); }
+    void onTrayShow() { onShow(); }
+    void onSettingsChanged() { }
     void onStatusChangeWifi(bool connected, bool unsecured, QString ssid);
     void onSubscriptionSelected(const QString& vpnLogin);
     void onSubscriptionChange();
@@ -113,24 +95,25 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    void restoreTrayStatus();
+    void connectSession();
+    // Hides the pages given, shows `page` and keeps the window's size.
+    void showPage(QWidget* page, std::initializer_list<QWidget*> hidden = {});
+    bool askToLogOut(const QString& text);
+    void onSignedIn(const QVector<ServerInfo>& servers);
+    void onSignInFailed(NetworkManager::ApiError error);
+    void onServerListArrived(const QVector<ServerInfo>& servers);
 
-    SystemTray* m_tray = nullptr;
+    // Members go in reverse order (the tray, held by the base, goes after all of them).
+    std::unique_ptr<ReachabilityQt> m_reachability;
     QSharedPointer<LoginWindow> m_loginWindow;
-    QSharedPointer<ConnectWindow> m_connectWindow;
     QSharedPointer<SettingsWindow> m_settingsWindow;
+    QSharedPointer<ConnectWindow> m_connectWindow;
     QSharedPointer<ServerListWindow> m_serverListWindow;
     QSharedPointer<SubscriptionPurchaseWindow> m_purchaseWindow;
     QSharedPointer<AccountWindow> m_accountWindow;
     QSharedPointer<SelectionAccountWindow> m_selectionWindow;
-    QSharedPointer<SoftwareUpdater> m_updater;
-    QSharedPointer<ProgressDlg> m_progressDlg;
-    ReachabilityQt* m_reachability = nullptr;
-    bool m_trayConnected = false;
-    bool m_autoLoginPending = false;
-    bool m_liteAccount = true;
-    QSharedPointer<QTimer> m_serverListTimer;
-    QSharedPointer<QTimer> m_updateTimer;
+    std::unique_ptr<UpdateOffer> m_updateOffer;
+    std::unique_ptr<AccountSession> m_session;
     bool m_returningToSignUp = false;
 };
 

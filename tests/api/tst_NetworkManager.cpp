@@ -1,11 +1,18 @@
+#include <QDomDocument>
 #include <QtTest>
 
+#include "AnswerReader.h"
 #include "FakeService.h"
+#include "GetManager.h"
 #include "LocalSettings.h"
 #include "NetworkManager.h"
 #include "TestEnvironment.h"
 
-// Small builders for hand-made service answers: Base64 payloads as the service sends them.
+Q_DECLARE_METATYPE(FakeCertificates::Kind)
+Q_DECLARE_METATYPE(FakeService::Fault)
+
+// Small builders for hand-made service answers (Base64 payloads as the service sends them), and two readings of an
+// answer's children: by the streaming reader and by a DOM tree.
 namespace {
 
 QByteArray b64(const QString& text)
@@ -34,9 +41,54 @@ QByteArray vpn(const QString& name, const QString& user, const QByteArray& extra
         + extra + "/>";
 }
 
+const char* const attributeNames[] = {"name", "user", "type", "a:b"};
+
+QStringList treeWalk(const QByteArray& body)
+{
+    QDomDocument doc(QStringLiteral("request"));
+    doc.setContent(body);
+    QStringList children;
+    for (QDomNode node = doc.documentElement().firstChild(); !node.isNull(); node = node.nextSibling()) {
+        const QDomElement e = node.toElement();
+        if (e.isNull())
+            continue;
+        QString line = e.tagName() + QLatin1Char('|');
+        for (const char* name : attributeNames) {
+            if (e.hasAttribute(QLatin1String(name)))
+                line += QLatin1String(name) + QLatin1Char('=') + e.attribute(QLatin1String(name)) + QLatin1Char(' ');
+        }
+        line += QLatin1Char('|') + e.text() + QLatin1Char('|');
+        for (QDomElement part = e.firstChildElement(); !part.isNull(); part = part.nextSiblingElement())
+            line += part.tagName() + QLatin1Char('=') + part.text() + QLatin1Char(' ');
+        children << line;
+    }
+    return children;
+}
+
+QStringList streamWalk(const QByteArray& body)
+{
+    AnswerReader answer(body);
+    QStringList children;
+    while (answer.next()) {
+        QString line = answer.name() + QLatin1Char('|');
+        for (const char* name : attributeNames) {
+            const QStringRef value = answer.attribute(QLatin1String(name));
+            if (!value.isNull())
+                line += QLatin1String(name) + QLatin1Char('=') + value + QLatin1Char(' ');
+        }
+        line += QLatin1Char('|') + answer.text() + QLatin1Char('|');
+        for (const AnswerReader::Part& part : answer.parts())
+            line += part.name + QLatin1Char('=') + part.text + QLatin1Char(' ');
+        children << line;
+    }
+    return children;
+}
 } // namespace
 
-// The service client against the fake service over real HTTPS on loopback.
+using CacheMap = QMap<QString, QByteArray>;
+
+// The service client, its request channel and its reader of answers, against the fake service over real HTTPS on
+// loopback; and its account copy in the settings store: what survives a restart, and its encodings.
 class TestNetworkManager : public QObject
 {
     Q_OBJECT
@@ -44,6 +96,34 @@ class TestNetworkManager : public QObject
     FakeService m_service;
 
     NetworkManager* client() { return NetworkManager::instance(); }
+    QUrl timeUrl() const { return QUrl(m_service.baseUrl() + QStringLiteral("/connect?act=time")); }
+
+    // A new settings store and a new client over the same file, as after a restart.
+    static NetworkManager* restart()
+    {
+        NetworkManager::resetInstance();
+        LocalSettings::resetInstance();
+        return NetworkManager::instance();
+    }
+
+    QStringList allServerLines()
+    {
+        QStringList lines;
+        for (const QString& login : client()->cacheUsers()) {
+            chooseLogin(login);
+            for (const ServerInfo& s : client()->servers())
+                lines << s;
+        }
+        return lines;
+    }
+
+    QStringList subscriptionLines()
+    {
+        QStringList lines;
+        for (const Subscription& s : client()->subscriptions())
+            lines << s.login() + '|' + s.password() + '|' + QString::number(s.expiresTime().toSecsSinceEpoch());
+        return lines;
+    }
 
     int signIn(const QString& user = QStringLiteral("demo"), const QString& password = QStringLiteral("demo"))
     {
@@ -63,6 +143,104 @@ private slots:
         LocalSettings::resetInstance();
         m_service.reset();
         m_service.setFixture(FakeFixture::demo());
+    }
+
+    void sameChildrenAsTheTree_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        // Children at the end that the tree kept although a parse error cut them short.
+        QTest::addColumn<int>("cutShort");
+        QTest::newRow("any root name, prolog and doctype")
+            << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?><!-- service --><?pi x?>"
+                          "<!DOCTYPE answer SYSTEM \"answer.dtd\"><answer><ver type=\"lite\">dHJ1ZQ==</ver></answer>")
+            << 0;
+        QTest::newRow("entities in text and attributes")
+            << QByteArray("<r><cert user=\"a&amp;b&#65;\">x&lt;y&#x41;&gt;&quot;&apos;</cert></r>") << 0;
+        QTest::newRow("entities declared in the doctype") << QByteArray(
+            "<!DOCTYPE r [<!ENTITY t \"dHJ1ZQ==\"><!ENTITY v \"<vpn name='e'/>\">]><r><auth>&t;</auth>&v;</r>")
+                                                          << 0;
+        QTest::newRow("CDATA is text") << QByteArray("<r><config><![CDATA[abc<def>]]>ghi<![CDATA[ ]]></config></r>")
+                                       << 0;
+        QTest::newRow("unknown children with nested elements are passed whole")
+            << QByteArray("<r><unknown><vpn name=\"no\"/><deeper><x>t</x></deeper></unknown><vpn name=\"yes\"/></r>")
+            << 0;
+        QTest::newRow("update offer parts") << QByteArray(
+            "<r><upgrade>x<ver>MS4w</ver><!--c--><link>bA==<y>QQ==</y></link><ver>Mi4w</ver></upgrade></r>")
+                                            << 0;
+        QTest::newRow("truncated in a text") << QByteArray("<r><config>YWJj</config><cert>ZGVm") << 1;
+        QTest::newRow("mismatched end tag") << QByteArray("<r><key>a</key><cert>b</key><vpn/></r>") << 1;
+    }
+    void sameChildrenAsTheTree()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(int, cutShort);
+        QStringList expected = treeWalk(body);
+        // A child that an error cuts short is dropped, together with everything after it.
+        expected.erase(expected.end() - cutShort, expected.end());
+        QCOMPARE(streamWalk(body), expected);
+    }
+
+    // A refused certificate ends the handshake, so the request never reaches the service. The trusted authority of
+    // TAVRIN_CA_FILE is met through every other test.
+    void refusesAnUnverifiedService_data()
+    {
+        QTest::addColumn<FakeCertificates::Kind>("certificate");
+        QTest::addColumn<int>("error"); // QSslError::SslError
+        QTest::newRow("unknown authority")
+            << FakeCertificates::Kind::UnknownAuthority << int(QSslError::UnableToGetLocalIssuerCertificate);
+        QTest::newRow("another host's certificate")
+            << FakeCertificates::Kind::OtherHost << int(QSslError::HostNameMismatch);
+        QTest::newRow("expired certificate") << FakeCertificates::Kind::Expired << int(QSslError::CertificateExpired);
+    }
+    void refusesAnUnverifiedService()
+    {
+        QFETCH(FakeCertificates::Kind, certificate);
+        QFETCH(int, error);
+        m_service.setCertificate(certificate);
+        GetManager channel(10000, nullptr);
+        QSignalSpy finished(&channel, &GetManager::finished);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^The certificate of 127.0.0.1 ")));
+        channel.getAsync(timeUrl(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 20000);
+        QVERIFY(!channel.success);
+        QVERIFY(channel.unverified);
+        QCOMPARE(m_service.requestCount(), 0);
+        // The log and the caller get the TLS error itself, not "SSL handshake failed".
+        const QString expected = QSslError(QSslError::SslError(error)).errorString();
+        QVERIFY2(channel.errorString.contains(expected), qPrintable(channel.errorString));
+    }
+
+    // Six attempts at most, whether the service fails or says nothing.
+    void resendsFailedAttempts_data()
+    {
+        QTest::addColumn<FakeService::Fault>("fault");
+        QTest::addColumn<int>("failures");
+        QTest::addColumn<int>("timeoutMs");
+        QTest::addColumn<bool>("success");
+        const auto error = FakeService::Fault::HttpError;
+        QTest::newRow("five failures then success on the last re-send") << error << 5 << 10000 << true;
+        QTest::newRow("a seventh attempt is never made") << error << 100 << 10000 << false;
+        QTest::newRow("a silent service is given up on alike") << FakeService::Fault::Hang << 100 << 200 << false;
+    }
+    void resendsFailedAttempts()
+    {
+        QFETCH(FakeService::Fault, fault);
+        QFETCH(int, failures);
+        QFETCH(int, timeoutMs);
+        QFETCH(bool, success);
+        m_service.failNext(failures, fault);
+        GetManager channel(timeoutMs, nullptr);
+        QSignalSpy finished(&channel, &GetManager::finished);
+        channel.getAsync(timeUrl(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 20000);
+        QCOMPARE(finished.at(0).at(0).toInt(), 0);
+        QTRY_COMPARE(m_service.requestCount(), 6);
+        QCOMPARE(channel.success, success);
+        QCOMPARE(channel.errorString.isEmpty(), success);
+        QCOMPARE(channel.retryCount, 5);
+        QTest::qWait(300);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(m_service.requestCount(), 6);
     }
 
     // The refusals the sign-in page shows are driven through the main window's tests.
@@ -198,38 +376,70 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT((client()->onPingServersFinished(), client()->servers().at(0).ping == 25), 10000);
         QCOMPARE(client()->servers().at(1).ping, 0);
         QCOMPARE(client()->servers().at(2).ping, 0);
-        const QUrl asked = m_service.requests().constLast();
-        QCOMPARE(asked.path(), QStringLiteral("/upd/double.xml"));
-        QVERIFY(!asked.hasQuery());
     }
 
-    void requestUrls_data()
+    // The sign-in reaches the service with the credentials as typed, characters of a query's syntax and all.
+    void credentialsAsTyped()
     {
-        QTest::addColumn<QString>("request");
-        QTest::addColumn<QStringList>("items");
-        const QString head = QStringLiteral("ver=3.6.9|login=me@x|pass=p&s+w d#=|");
-        QTest::newRow("sign-in") << QStringLiteral("auth") << (head + QStringLiteral("act=wizardsetup")).split('|');
-        QTest::newRow("update check") << QStringLiteral("update")
-                                      << (head + QStringLiteral("act=wizardsetup|os=linux-debian")).split('|');
+        m_service.fixture().login = QStringLiteral("me@x");
+        m_service.fixture().password = QStringLiteral("p&s+w d#=");
+        QCOMPARE(signIn(QStringLiteral("me@x"), QStringLiteral("p&s+w d#=")), int(NetworkManager::Success));
     }
-    void requestUrls()
+
+    void restartGivesTheSameAccountUntilCleared()
     {
-        QFETCH(QString, request);
-        NetworkManager* nm = client();
-        QVERIFY(signIn(QStringLiteral("me@x"), QStringLiteral("p&s+w d#=")) >= 0);
-        m_service.reset();
-        if (request == QLatin1String("update"))
-            nm->programUpdateRequest();
-        else
-            nm->authRequest(QStringLiteral("me@x"), QStringLiteral("p&s+w d#="));
-        QTRY_COMPARE(m_service.requestCount(), 1);
-        const QUrl url = m_service.requests().at(0);
-        QCOMPARE(url.path(), QStringLiteral("/connect"));
-        QStringList got;
-        for (const auto& item : QUrlQuery(url).queryItems(QUrl::FullyDecoded))
-            got << item.first + QLatin1Char('=') + item.second;
-        QTEST(got, "items");
-        QTest::qWait(100); // let the answer land before the next row replaces the client
+        // Keeps the store from resetting itself at the restart.
+        LocalSettings::instance()->setValue(Keys::RememberUser, true);
+        QCOMPARE(signIn(), int(NetworkManager::Success));
+        const QStringList users = client()->cacheUsers();
+        const QStringList subscriptions = subscriptionLines();
+        const QStringList servers = allServerLines();
+        const QByteArray config = client()->getConfigOVPNbyServer(QString());
+        const QByteArray cert = client()->getCertifOvpnByUser(QStringLiteral("vpn-demo2"));
+        const QByteArray key = client()->getKeyOvpnByUser(QStringLiteral("vpn-demo1"));
+        QCOMPARE(servers.size(), 10);
+        QVERIFY(!cert.isEmpty() && !key.isEmpty() && !config.isEmpty());
+
+        NetworkManager* nm = restart();
+        QCOMPARE(nm->cacheUsers(), users);
+        QCOMPARE(subscriptionLines(), subscriptions);
+        QCOMPARE(allServerLines(), servers);
+        QCOMPARE(nm->getConfigOVPNbyServer(QString()), config);
+        QCOMPARE(nm->getCertifOvpnByUser(QStringLiteral("vpn-demo2")), cert);
+        QCOMPARE(nm->getKeyOvpnByUser(QStringLiteral("vpn-demo1")), key);
+
+        nm->clearCache();
+        nm = restart();
+        QVERIFY(nm->cacheUsers().isEmpty());
+        QVERIFY(nm->getConfigOVPNbyServer(QString()).isEmpty());
+        QVERIFY(nm->getCertifOvpnByUser(QStringLiteral("vpn-demo2")).isEmpty());
+        NetworkManager::resetInstance();
+        // An empty list, unlike the reset text: not even a default record is written back.
+        QVERIFY(LocalSettings::instance()->value(Keys::CachedServers).toStringList().isEmpty());
+    }
+
+    // Damaged bytes keep what was read before the damage.
+    void mapEncoding_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<CacheMap>("map");
+        QTest::addColumn<bool>("written");
+        const QByteArray two = QByteArray::fromHex("0000000200000002006200000001320000000200610000000131");
+        QTest::newRow("entries go from the last key to the first")
+            << two << CacheMap {{QStringLiteral("a"), QByteArray("1")}, {QStringLiteral("b"), QByteArray("2")}} << true;
+        QTest::newRow("cut in the last value")
+            << two.left(two.size() - 1) << CacheMap {{QStringLiteral("b"), QByteArray("2")}} << false;
+        QTest::newRow("count larger than the entries") << QByteArray::fromHex("7fffffff00000002006100000000")
+                                                       << CacheMap {{QStringLiteral("a"), QByteArray()}} << false;
+    }
+    void mapEncoding()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(CacheMap, map);
+        QCOMPARE(NetworkManager::cacheArrayToMap(bytes), map);
+        QFETCH(bool, written);
+        if (written)
+            QCOMPARE(NetworkManager::cacheMapToArray(map), bytes);
     }
 };
 

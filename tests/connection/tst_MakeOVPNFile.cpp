@@ -1,20 +1,15 @@
 #include <QtTest>
 
 #include "MakeOVPNFile.h"
+#include "TestEnvironment.h"
 
 Q_DECLARE_METATYPE(ConfigServer)
 
 namespace {
 
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
-
 QByteArray readData(const char* name)
 {
-    return readFile(QStringLiteral(TEST_DATA "/ovpn/") + QLatin1String(name));
+    return readFile(QStringLiteral(TEST_DATA "/") + QLatin1String(name));
 }
 
 ConfigServer server(const QString& protocol, const QStringList& ports = {"1194", "1195", "1196"})
@@ -47,7 +42,7 @@ private slots:
         QTest::newRow("tcp: tcp markers active, udp and stealth stay comments")
             << false << server("tcp", {"443"}) << "expected-tcp.ovpn";
         ConfigServer crlf = server("udp");
-        crlf.config = readData("template-crlf.conf");
+        crlf.config.replace("\n", "\r\n");
         QTest::newRow("carriage-return template keeps its carriage returns")
             << false << crlf << "expected-udp-crlf.ovpn";
         QTest::newRow("empty port list writes no remote line")
@@ -69,7 +64,7 @@ private slots:
             QVERIFY(stealth ? file.generateStunnel(config) : file.generate(config));
             QVERIFY(file.generated);
             path = file.configFileName;
-            QCOMPARE(readFile(path), readData(qPrintable(expected)));
+            QCOMPARE(readFile(path), readFile(QStringLiteral(EXPECTED_DATA "/") + expected));
             // The file holds the private key: nobody but the user may read it.
             QCOMPARE(QFileInfo(path).permissions() & 0x00FF, QFile::Permissions());
         }
@@ -85,7 +80,7 @@ private slots:
         const QString firstPath = file.configFileName;
         QVERIFY(file.generateStunnel(server("udp")));
         QCOMPARE(file.configFileName, firstPath);
-        QCOMPARE(readFile(file.configFileName), readData("expected-stealth.ovpn"));
+        QCOMPARE(readFile(file.configFileName), readFile(QStringLiteral(EXPECTED_DATA "/expected-stealth.ovpn")));
         // Discarded, the key is gone; the next connection writes a new file under a new name.
         file.discard();
         QVERIFY(!QFile::exists(firstPath));

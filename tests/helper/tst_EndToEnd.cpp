@@ -1,26 +1,19 @@
-// The connection engine against the real helper daemon, OpenVPN, stunnel and nftables, in two
-// network namespaces of the test's own (see tools/lab/netns-lab.sh). The machine's own namespace is
-// never changed.
+// The connection engine against the real helper daemon, OpenVPN and nftables, in two network
+// namespaces of the test's own (see tools/lab/netns-lab.sh); stunnel is met in tst_WholeProgram.
+// The machine's own namespace is never changed.
 
 #include "E2eLab.h"
 
 #include "Connection.h"
 #include "MakeOVPNFile.h"
-#include "StunnelManager.h"
+#include "TestEnvironment.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTest>
 
 namespace {
-
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 // Connected, refused (the host answered) or dropped (a SYN that no one answers).
 enum class Tcp { Connected, Refused, Dropped };
@@ -36,6 +29,14 @@ Tcp tcpTo(const char* address, quint16 port)
 bool tcpReachable(const char* address, quint16 port)
 {
     return tcpTo(address, port) == Tcp::Connected;
+}
+
+// The daemon's answer to a request made through the engine, which comes back through the event loop.
+bool yes(const std::function<void(Connection::Answer)>& request)
+{
+    int answer = -1;
+    request([&answer](bool result) { answer = result; });
+    return QTest::qWaitFor([&answer] { return answer >= 0; }, 15000) && answer == 1;
 }
 
 } // namespace
@@ -70,59 +71,42 @@ void tst_EndToEnd::cleanup()
     QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 15000);
 }
 
+// Over TCP behind the kill switch with local devices let through; UDP, stunnel and the kill switch
+// without local devices are met through the whole program in tst_WholeProgram.
 void tst_EndToEnd::connectsCarriesTrafficAndDisconnects_data()
 {
-    QTest::addColumn<QString>("protocol");
-    QTest::addColumn<QString>("tunnelServer");
     QTest::addColumn<QString>("password");
-    QTest::addColumn<int>("killSwitch"); // 0 off, 1 on, 2 on with local devices let through
-
-    const QString password = QLatin1String(E2eLab::Password);
-    const QString udp = QString::fromLatin1(E2eLab::UdpTunnelServer);
-    const QString tcp = QString::fromLatin1(E2eLab::TcpTunnelServer);
-    QTest::newRow("OpenVPN over UDP, kill switch on") << QStringLiteral("udp") << udp << password << 1;
-    QTest::newRow("OpenVPN over TCP, kill switch with local devices") << QStringLiteral("tcp") << tcp << password << 2;
-    QTest::newRow("stealth through stunnel") << QStringLiteral("stealth") << tcp << password << 0;
-    QTest::newRow("wrong password") << QStringLiteral("udp") << QString() << QStringLiteral("not-the-password") << 0;
+    // First: the next row's kill switch takes the place of this one's.
+    QTest::newRow("wrong password") << QStringLiteral("not-the-password");
+    QTest::newRow("right password") << QString::fromLatin1(E2eLab::Password);
 }
 
 void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
 {
-    QFETCH(QString, protocol);
-    QFETCH(QString, tunnelServer);
     QFETCH(QString, password);
-    QFETCH(int, killSwitch);
-
-    StunnelManager stunnel;
+    const QString tunnelServer = QLatin1String(E2eLab::TcpTunnelServer);
     ServerInfo server;
     server.ip = QLatin1String(E2eLab::ServerAddress);
-    server.protocol = protocol == QLatin1String("udp") ? OpenVpnUdp : OpenVpnTcp;
+    server.protocol = OpenVpnTcp;
     MakeOVPNFile file;
-    if (protocol == QLatin1String("stealth")) {
-        stunnel.setConfigAndRunProcess(server.ip, E2eLab::StealthPort, QStringLiteral("vpn.e2e.test"));
-        QVERIFY(m_lab.writeClientConfig(file, QStringLiteral("tcp"), stunnel.getPort()));
-    } else {
-        QVERIFY(m_lab.writeClientConfig(file, protocol));
-    }
+    QVERIFY(m_lab.writeClientConfig(file, QStringLiteral("tcp")));
 
     Connection connection;
-    if (killSwitch) {
-        FIREWALL_PARAMETERS flags;
-        flags.killConnect = true;
-        flags.ipv6Block = true;
-        flags.allowLocalIp = killSwitch == 2;
-        QVERIFY(connection.firewallSupported());
-        QVERIFY(connection.firewallOn(
-            QStringLiteral("127.0.0.1;") + QLatin1String(E2eLab::ServerAddress), QStringLiteral("tun0"), flags));
-        // The stray address is a local one (10/8): let through only with local devices.
-        QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), killSwitch == 2);
-    }
+    FIREWALL_PARAMETERS flags;
+    flags.killConnect = true;
+    flags.ipv6Block = true;
+    flags.allowLocalIp = true;
+    const QString allowed = QStringLiteral("127.0.0.1;") + QLatin1String(E2eLab::ServerAddress);
+    QVERIFY(yes([&](Connection::Answer answer) { connection.firewallSupported(answer); }));
+    QVERIFY(yes([&](Connection::Answer answer) { connection.firewallOn(allowed, "tun0", flags, answer); }));
+    // The stray address is a local one (10/8), let through with local devices.
+    QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
     QSignalSpy connected(&connection, &Connection::connected);
     QSignalSpy disconnected(&connection, &Connection::disconnected);
     QSignalSpy errors(&connection, &Connection::error);
     QSignalSpy statistics(&connection, &Connection::statisticsChanged);
     connection.connect(server, QLatin1String(E2eLab::User), password, file.configFileName, ProxySetting());
-    if (tunnelServer.isEmpty()) {
+    if (password != QLatin1String(E2eLab::Password)) {
         QTRY_VERIFY_WITH_TIMEOUT(!errors.isEmpty(), 30000);
         QCOMPARE(errors.first().first().toString(), QStringLiteral("Invalid username or password"));
         QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 15000);
@@ -144,26 +128,21 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QTRY_VERIFY_WITH_TIMEOUT(statistics.last().at(2).toDouble() > receivedBefore + 200
                                  && statistics.last().at(3).toDouble() > sentBefore + 200,
                              5000);
-    if (killSwitch) {
-        QVERIFY(tcpReachable(tunnelServer.toLatin1().constData(), E2eLab::StealthPort));
-        QCOMPARE(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort), killSwitch == 2);
-        // DNS goes through the tunnel (nothing answers there: refused), never to a local address.
-        QVERIFY(tcpTo(tunnelServer.toLatin1().constData(), 53) == Tcp::Refused);
-        QVERIFY(tcpTo(E2eLab::StrayAddress, 53) == Tcp::Dropped);
-        QVERIFY(connection.firewallOff());
-        QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
-        QProcess nft;
-        nft.start(QStringLiteral("nft"), {QStringLiteral("list"), QStringLiteral("tables")});
-        QVERIFY(nft.waitForFinished());
-        QVERIFY(!nft.readAll().split('\n').contains("table inet tavrin"));
-    }
+    QVERIFY(tcpReachable(tunnelServer.toLatin1().constData(), E2eLab::StealthPort));
+    QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+    // DNS goes through the tunnel (nothing answers there: refused), never to a local address.
+    QVERIFY(tcpTo(tunnelServer.toLatin1().constData(), 53) == Tcp::Refused);
+    QVERIFY(tcpTo(E2eLab::StrayAddress, 53) == Tcp::Dropped);
+    QVERIFY(yes([&](Connection::Answer answer) { connection.firewallOff(answer); }));
+    QProcess nft;
+    nft.start(QStringLiteral("nft"), {QStringLiteral("list"), QStringLiteral("tables")});
+    QVERIFY(nft.waitForFinished());
+    QVERIFY(!nft.readAll().split('\n').contains("table inet tavrin"));
 
     connection.disconnect(false);
     QTRY_VERIFY_WITH_TIMEOUT(disconnected.count() >= 1, 15000);
     QCOMPARE(disconnected.first().first().toBool(), false);
-    stunnel.killProcess();
     QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("openvpn"), 0, 10000);
-    QTRY_COMPARE_WITH_TIMEOUT(m_lab.processesInClient("stunnel4") + m_lab.processesInClient("stunnel"), 0, 10000);
     QTRY_COMPARE(readFile(m_lab.resolvConf()), m_lab.originalResolvConf());
 }
 

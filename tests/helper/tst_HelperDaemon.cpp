@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
 #include <unistd.h>
 
 class tst_HelperDaemon : public QObject
@@ -124,36 +123,6 @@ private slots:
         QCOMPARE(silent.state(), QAbstractSocket::ConnectedState);
         QTRY_COMPARE_WITH_TIMEOUT(silent.state(), QAbstractSocket::UnconnectedState, 8000);
         QCOMPARE(silent.bytesAvailable(), qint64(0));
-    }
-
-    void resolverComesBackWhenOpenVpnEnds_data()
-    {
-        QTest::addColumn<bool>("daemonKilled");
-        QTest::newRow("OpenVPN killed") << false;
-        QTest::newRow("daemon killed and started again") << true;
-    }
-
-    void resolverComesBackWhenOpenVpnEnds()
-    {
-        QFETCH(bool, daemonKilled);
-        const QString calls = path("openvpn.calls");
-        QFile::remove(calls);
-        QCOMPARE(ask(WireClient::openVpn(WireClient::openVpnArguments(path("good.ovpn"), 41235))), 1);
-        const QString pid = QString::fromLatin1(WireClient::readFile(calls).split(' ').first());
-        // What the up script leaves while the tunnel is up.
-        QVERIFY(WireClient::writeFile(path("root/etc/resolv.conf"), "nameserver 10.8.0.1\n"));
-        QVERIFY(
-            WireClient::writeFile(path("root/var/lib/tavrin-helperd/resolv.conf.saved"), "nameserver 192.0.2.53\n"));
-        if (daemonKilled) {
-            m_daemon.kill(); // no chance to stop its OpenVPN
-            QVERIFY(m_daemon.waitForFinished());
-            QVERIFY(QFileInfo::exists(QStringLiteral("/proc/") + pid));
-            startDaemon();
-        } else {
-            QCOMPARE(::kill(pid.toInt(), SIGKILL), 0); // no chance to run its down script
-        }
-        QTRY_VERIFY(!QFileInfo::exists(QStringLiteral("/proc/") + pid));
-        QTRY_COMPARE(WireClient::readFile(path("root/etc/resolv.conf")), QByteArray("nameserver 192.0.2.53\n"));
     }
 
     void firewallComesBackAfterARestart()

@@ -1,18 +1,10 @@
 #!/usr/bin/env bash
-# Builds the Debian package from a build directory and checks its files, control fields,
-# maintainer scripts and lintian's verdict. Usage: check-package.sh BUILD_DIR [PACKAGE_DIR]
-# With PACKAGE_DIR, the package that build-package.sh already put there is checked instead.
+# Checks the Debian package in PACKAGE_DIR (where build-package.sh or scripts/package put it): its
+# files, control fields, maintainer scripts and lintian's verdict. Usage: check-package.sh PACKAGE_DIR
 set -euo pipefail
-here="$(cd "$(dirname "$0")" && pwd)"
-build="$1"
-out="$(mktemp -d)"
-trap 'rm -rf "$out"' EXIT
-
-if [ $# -ge 2 ]; then
-    deb="$(ls "$2"/tavrin_*_amd64.deb)"
-else
-    deb="$("$here/build-package.sh" "$build" "$out/deb")"
-fi
+deb="$(ls "${1:?package directory}"/tavrin_*_amd64.deb)"
+scripts="$(mktemp -d)"
+trap 'rm -rf "$scripts"' EXIT
 failures=0
 fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
 
@@ -30,25 +22,16 @@ policy="$(grep -x -- './etc/debsig/policies/[0-9A-F]\{16\}/tavrin.pol' <<<"$file
 key_id="$(basename "$(dirname "$policy")")"
 grep -qx -- "./usr/share/debsig/keyrings/$key_id/tavrin.gpg" <<<"$files" || fail "no update key beside the policy ($policy)"
 
-field() { dpkg-deb -f "$deb" "$1"; }
-[ "$(field Package)" = tavrin ] || fail "Package is $(field Package)"
-[ "$(field Version)" = 3.6.9 ] || fail "Version is $(field Version)"
-[ "$(field Architecture)" = amd64 ] || fail "Architecture is $(field Architecture)"
 for dep in openvpn stunnel4 nftables famfamfam-flag-png debsig-verify ca-certificates libqt5core5a libqt5widgets5 libqt5network5; do
-    field Depends | tr ',' '\n' | grep -q "^ *$dep\b" || fail "Depends lacks $dep"
+    dpkg-deb -f "$deb" Depends | tr ',' '\n' | grep -q "^ *$dep\b" || fail "Depends lacks $dep"
 done
 
-scripts="$(mktemp -d -p "$out")"
 dpkg-deb -e "$deb" "$scripts"
-grep -q 'deb-systemd-helper enable tavrin-helperd.service' "$scripts/postinst" || fail "postinst does not enable the unit"
+# Enabling the unit, the firewall table's removal and the scripts' syntax are met by running them in tst_UpdateInstall.
 grep -q 'deb-systemd-invoke restart tavrin-helperd.service' "$scripts/postinst" || fail "postinst does not restart the unit"
 grep -q 'deb-systemd-invoke stop tavrin-helperd.service' "$scripts/prerm" || fail "prerm does not stop the unit"
-grep -q 'nft delete table inet tavrin' "$scripts/prerm" || fail "prerm leaves the firewall table"
 grep -q 'deb-systemd-helper disable tavrin-helperd.service' "$scripts/postrm" || fail "postrm does not disable the unit"
 grep -qx "/etc/debsig/policies/$key_id/tavrin.pol" "$scripts/conffiles" || fail "the update policy is no conffile"
-for s in postinst prerm postrm; do
-    sh -n "$scripts/$s" || fail "$s does not parse"
-done
 
 if command -v lintian >/dev/null; then
     errors="$(lintian "$deb" 2>/dev/null | grep '^E:' || true)"

@@ -3,26 +3,9 @@
 #include <QAbstractItemModel>
 #include <QAbstractItemModelTester>
 #include <QStringList>
-#include <QTest>
 #include <QVector>
 
 #include "ServerInfo.h"
-
-// A data row whose texts may be given as plain literals: addRow("name", "a b", "a,b", 3).
-inline QString cell(const char* text)
-{
-    return QString::fromUtf8(text);
-}
-template <class T>
-const T& cell(const T& value)
-{
-    return value;
-}
-template <class... T>
-void addRow(const char* name, const T&... values)
-{
-    (QTest::newRow(name) << ... << cell(values));
-}
 
 // Builds a server list from blank-separated entries "[login/]name:type:ping[*]", "*" marking a
 // favourite, e.g. "DE-Berlin:1:30* FR-Paris:2"; the login is "vpn1" unless given. Each server has

@@ -94,8 +94,7 @@ private slots:
         QCOMPARE(page.loginLabel()->text(), vpnLogin);
         const QDateTime expiry = NetworkManager::instance()->subscription(stored).expiresTime();
         QVERIFY(expiry.isValid());
-        QCOMPARE(page.expiresLabel()->text(),
-                 QStringLiteral("VPN subscription expires: %1").arg(expiry.toString(QStringLiteral("dd.MM.yyyy"))));
+        QVERIFY(page.expiresLabel()->text().contains(expiry.toString(QStringLiteral("dd.MM.yyyy"))));
         QCOMPARE(page.changeButton()->isVisible(), logins > 1);
         if (logins > 1) {
             QTest::mouseClick(page.changeButton(), Qt::LeftButton);

@@ -1,22 +1,135 @@
+#include <QAction>
 #include <QImageReader>
-#include <QMessageBox>
+#include <QMenu>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
 
-#include "CustomMessageBox.h"
 #include "FlagPicture.h"
 #include "MovableWidget.h"
 #include "ProgressDlg.h"
 #include "ShowLog.h"
+#include "SystemTray.h"
+
+namespace {
+
+// Records each balloon with the connect action's text and the status at that moment.
+class RecordingTray : public SystemTray
+{
+public:
+    QStringList balloons;
+
+protected:
+    void showBalloon(const QString& text) override
+    {
+        balloons << text + QLatin1Char('|') + contextMenu()->actions().at(2)->text() + QLatin1Char('|')
+                + QString::number(currentStatus());
+    }
+};
+
+// The connect, reconnect and disconnect entries, each marked "+" when enabled.
+QString entries(const SystemTray& tray)
+{
+    const QList<QAction*> actions = tray.contextMenu()->actions();
+    return QStringList {actions.at(2)->text() + (actions.at(2)->isEnabled() ? "+" : "-"),
+                        actions.at(3)->text() + (actions.at(3)->isEnabled() ? "+" : "-"),
+                        actions.at(4)->text() + (actions.at(4)->isEnabled() ? "+" : "-")}
+        .join(QStringLiteral(", "));
+}
+
+// 0 disconnected, 1 connecting, 2 connected; -1 leaves the tray as init() made it.
+void apply(SystemTray& tray, int state, bool notify)
+{
+    if (state == 0)
+        tray.setStatusDisconnected(notify);
+    else if (state == 1)
+        tray.setStatusConnecting(notify);
+    else if (state == 2)
+        tray.setStatusConnected(notify);
+}
+
+const QString LightEye = QStringLiteral(":/resources/eye-gray-light.svg");
+const QString DarkEye = QStringLiteral(":/resources/eye-gray-dark.svg");
+
+} // namespace
 
 Q_DECLARE_METATYPE(Qt::MouseButton)
 
+// The small widgets the pages share, and the tray.
 class TestCommonWidgets : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void init()
+    {
+        m_tray.reset(new RecordingTray);
+        m_tray->init();
+    }
+
+    // Each entry raises its own signal, and only that one.
+    void trayMenu()
+    {
+        QList<int> fired;
+        int signal = 0;
+        for (auto clicked : {&SystemTray::clickShow,
+                             &SystemTray::clickConnect,
+                             &SystemTray::clickReconnect,
+                             &SystemTray::clickDisconnect,
+                             &SystemTray::clickExit})
+            connect(m_tray.data(), clicked, this, [&fired, index = signal++] { fired << index; });
+        // The entries' texts and places are read through the panel in tst_WholeProgram.
+        for (QAction* action : m_tray->contextMenu()->actions())
+            action->trigger();
+        QCOMPARE(fired, (QList<int> {0, 1, 2, 3, 4}));
+    }
+
+    void trayStatus_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<int>("call");
+        QTest::addColumn<QString>("entries");
+        QTest::addColumn<QString>("icon");
+        QTest::addColumn<QString>("balloon");
+        QTest::newRow("fresh tray has no server name and no balloon")
+            << -1 << -1 << "Connect +, Reconnect-, Disconnect-" << LightEye << QString();
+        QTest::newRow("disconnected with notice") << 2 << 0 << "Connect Berlin+, Reconnect-, Disconnect-" << LightEye
+                                                  << "Your connection is not secured now!|Connected to Paris|2";
+        QTest::newRow("connecting keeps the icon and never pops a balloon")
+            << 2 << 1 << "Connecting to Berlin-, Reconnect-, Disconnect-" << DarkEye << QString();
+        QTest::newRow("connected with notice") << 1 << 2 << "Connected to Berlin-, Reconnect+, Disconnect+" << DarkEye
+                                               << "Your connection is encrypted and secured now!|Connecting to Paris|1";
+    }
+
+    void trayStatus()
+    {
+        QFETCH(int, before);
+        QFETCH(int, call);
+        QFETCH(QString, balloon);
+        if (call >= 0)
+            m_tray->setActiveServer(QStringLiteral("Paris"));
+        apply(*m_tray, before, false);
+        // A new server name waits for the next status call.
+        if (call >= 0)
+            m_tray->setActiveServer(QStringLiteral("Berlin"));
+        apply(*m_tray, call, true);
+        QTEST(entries(*m_tray), "entries");
+        QCOMPARE(m_tray->currentStatus(), qMax(call, 0));
+        QTEST(m_tray->iconPath(), "icon");
+        // The balloon comes first, while the menu still shows the previous state.
+        QCOMPARE(m_tray->balloons, balloon.isEmpty() ? QStringList() : QStringList {balloon});
+    }
+
+    void trayUserActionsOverrideState()
+    {
+        m_tray->setStatusConnecting();
+        m_tray->setEnableUserActions(true);
+        QCOMPARE(entries(*m_tray), QStringLiteral("Connecting to +, Reconnect+, Disconnect+"));
+        m_tray->setStatusDisconnected(false);
+        m_tray->setEnableUserActions(false);
+        QCOMPARE(entries(*m_tray), QStringLiteral("Connect -, Reconnect-, Disconnect-"));
+    }
+
     void logLine_data()
     {
         QTest::addColumn<QString>("line");
@@ -95,19 +208,6 @@ private slots:
         QCOMPARE(hidden.count(), 1);
     }
 
-    void messageBoxWithoutTitleNamesTheProduct()
-    {
-        auto box = CustomMessageBox::create(CustomMessageBox::Kind::Question,
-                                            nullptr,
-                                            QString(),
-                                            QStringLiteral("text"),
-                                            QMessageBox::Yes | QMessageBox::No,
-                                            QMessageBox::No);
-        QCOMPARE(box->windowTitle(), QStringLiteral("Tavrin"));
-        QVERIFY(!box->iconPixmap().isNull());
-        QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
-    }
-
     // Every picture the interface names must resolve in the built binary, as a picture, not just a file.
     void namedPicture_data()
     {
@@ -150,6 +250,9 @@ private slots:
         QCOMPARE(FlagPicture::resourcePath(code) == QStringLiteral(":/resources/flag-placeholder.svg"), !hasFlag);
         QCOMPARE(FlagPicture::pixmap(code).size(), QSize(FlagPicture::Width, FlagPicture::Height));
     }
+
+private:
+    QScopedPointer<RecordingTray> m_tray;
 };
 
 QTEST_MAIN(TestCommonWidgets)

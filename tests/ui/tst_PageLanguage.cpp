@@ -220,7 +220,7 @@ private slots:
         QVERIFY(!server.isEmpty());
         if (connected) {
             connect->setUiState(ConnectWindow::Connecting);
-            connect->onConnected();
+            connect->controller().onConnected();
         }
         m_window->onAccount();
         m_window->onBack();
@@ -290,7 +290,7 @@ private slots:
     {
         ConnectWindow* connect = m_window->connectPage();
         if (connect->isConnected()) {
-            connect->onDisconnected();
+            connect->controller().onDisconnected();
             connect->setUiState(ConnectWindow::Idle);
         }
     }

@@ -7,7 +7,7 @@
 // A dialogue for the fake OpenVPN management port: what OpenVPN sends, what it expects to read
 // from the client, pauses, and the end of the connection.
 //
-// Text form, one step a line (the files under tests/connection/data):
+// Text form, one step a line (the dialogues recorded from OpenVPN under management/):
 //   S: <line>     OpenVPN sends the line, followed by "\r\n" as the real one does
 //   C: <line>     OpenVPN reads one line from the client, which must equal <line> (line end removed)
 //   pause <ms>    OpenVPN is quiet for a while

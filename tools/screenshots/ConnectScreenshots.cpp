@@ -86,7 +86,7 @@ int main(int argc, char* argv[])
     page.setUiState(ConnectWindow::Connecting);
     ok = save(page, dir, QStringLiteral("connect-connecting.png")) && ok;
 
-    page.onConnected();
+    page.setUiState(ConnectWindow::Connected);
     page.findChild<QLabel*>("lbRates")->setText(
         QStringLiteral("\u2193 %1    \u2191 %2")
             .arg(ConnectWindow::formatRate(1.4 * 1024 * 1024), ConnectWindow::formatRate(86 * 1024)));

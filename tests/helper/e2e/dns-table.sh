@@ -38,7 +38,7 @@ dir=$(mktemp -d /tmp/tvn-dns-XXXXXX)
 holder=""
 cleanup() {
     [ -z "$holder" ] || kill "$holder" 2>/dev/null
-    [ ! -d "$dir/resolved" ] || "$here/resolved-ns.sh" stop "$dir/resolved" >/dev/null 2>&1
+    [ ! -d "$dir/resolved" ] || "$source_dir/tools/lab/resolved-ns.sh" stop "$dir/resolved" >/dev/null 2>&1
     "$source_dir/tools/lab/netns-lab.sh" down "$dir" >/dev/null 2>&1 || true
     rm -rf "$dir"
 }
@@ -89,8 +89,8 @@ enter_setup() {
     local setup=$1 m=$dir/mnt-$1
     if [ "$setup" = resolved ]; then
         # systemd-resolved with a bus of its own, /etc/resolv.conf its stub, as on Ubuntu.
-        "$here/resolved-ns.sh" fetch "$cache/resolved" >/dev/null || return 1
-        "$here/resolved-ns.sh" start "$cache/resolved" "$dir/resolved" $CLI >/dev/null || return 1
+        "$source_dir/tools/lab/resolved-ns.sh" fetch "$cache/resolved" >/dev/null || return 1
+        "$source_dir/tools/lab/resolved-ns.sh" start "$cache/resolved" "$dir/resolved" $CLI >/dev/null || return 1
         holder=$(cat "$dir/resolved/ns.pid")
         in_ns mount -t tmpfs tmpfs /var/lib
         # The physical link's server, as DHCP gives it.
@@ -123,7 +123,7 @@ enter_setup() {
 leave_setup() {
     in_ns pkill -TERM -f "tavrin-helperd --port 23599" || true
     if [ "$1" = resolved ]; then
-        "$here/resolved-ns.sh" stop "$dir/resolved" || true
+        "$source_dir/tools/lab/resolved-ns.sh" stop "$dir/resolved" || true
     else
         kill "$holder" 2>/dev/null || true
         wait "$holder" 2>/dev/null || true
@@ -164,10 +164,9 @@ for setup in "${setups[@]}"; do
     before=$(resolver_state)
     for ks in off on local; do
         for end in stop kill; do
-            case $ks in
-            on) in_ns "$wire" firewall-on 23599 "127.0.0.1;10.231.0.1" tun0 11000 >/dev/null ;;
-            local) in_ns "$wire" firewall-on 23599 "127.0.0.1;10.231.0.1" tun0 11100 >/dev/null ;;
-            esac
+            # Flags: kill switch, IPv6 block, and for "local" local devices let through.
+            flags=$([ $ks = local ] && echo 11100 || echo 11000)
+            [ $ks = off ] || in_ns "$wire" firewall-on 23599 "127.0.0.1;10.231.0.1" tun0 $flags >/dev/null
             # A free management port: the daemon refuses one something else has bound.
             for _ in 1 2 3 4 5; do
                 mgmt=$((24000 + RANDOM % 8000))
@@ -200,10 +199,8 @@ for setup in "${setups[@]}"; do
             sleep 0.3
             [ $ks = off ] || in_ns "$wire" firewall-off 23599 >/dev/null
             after=$(resolver_state)
-            ok_lookup=no
-            if [ -z "$(echo "$answers" | tr ' ' '\n' | grep -v -e '^$' -e '^10.99.0.1$')" ]; then
-                ok_lookup=yes
-            fi
+            ok_lookup=yes
+            [ -z "$(echo "$answers" | tr ' ' '\n' | grep -v -e '^$' -e '^10.99.0.1$')" ] || ok_lookup=no
             restored=no; [ "$after" = "$before" ] && restored=yes
             printf '%-10s %-12s %-7s %5s %-8s %s\n' "$setup" "$ks" "$end" "$dns" "$ok_lookup" "$restored"
             if [ "$dns" != 0 ] || [ $ok_lookup = no ] || [ $restored = no ]; then

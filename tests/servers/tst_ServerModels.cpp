@@ -1,0 +1,205 @@
+#include <QtTest>
+
+#include "FavoritesServerModel.h"
+#include "FavoritesSortFilterProxyModel.h"
+#include "PingSortFilterProxyModel.h"
+#include "ServerListFixture.h"
+#include "ServerPingModel.h"
+#include "ServerTreeModel.h"
+#include "TreePingSortFilterProxyModel.h"
+
+namespace {
+// A data row of two texts.
+void addRow(const char* name, const QString& first, const QString& second)
+{
+    QTest::newRow(name) << first << second;
+}
+} // namespace
+
+using Sorted = SortedModel<ServerPingModel, PingSortFilterProxyModel>;
+using Tree = SortedModel<ServerTreeModel, TreePingSortFilterProxyModel>;
+
+// A server's record, and the models of the server list and their proxies: the flat list, its favourite sections,
+// and the double-hop tree.
+class TestServerModels : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void parseTextForm_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("tcp");
+        QTest::addColumn<QStringList>("udp");
+        QTest::addColumn<QList<int>>("numbers"); // favourite, protocol, sslPort, type
+        QTest::addColumn<QString>("sni");
+        using N = QList<int>;
+        using S = QStringList;
+        QTest::newRow("ten fields, empty parts kept inside port lists, text numbers read as 0")
+            << "n;f;t;i;yes;u;p;80..88;.;tcp"
+            << "n" << S {"80", "", "88"} << S {"", ""} << N {0, 0, 0, 0} << "";
+        QTest::newRow("parts past thirteen are ignored")
+            << "n;f;t;i;2;u;p;1;2;6;8443;1;sni.example;junk;more"
+            << "n" << S {"1"} << S {"2"} << N {1, 6, 8443, 1} << "sni.example";
+    }
+    void parseTextForm()
+    {
+        QFETCH(QString, line);
+        const ServerInfo server(line);
+        QTEST(server.name, "name");
+        QTEST(server.tcpPorts, "tcp");
+        QTEST(server.udpPorts, "udp");
+        QTEST((QList<int> {server.favorite, server.protocol, server.sslPort, server.type}), "numbers");
+        QTEST(server.sni, "sni");
+        QCOMPARE(server.ping, 0);
+    }
+
+    // One rule for the connect page, the server list and the settings' protocol choice.
+    void offersProtocol_data()
+    {
+        QTest::addColumn<QStringList>("tcp");
+        QTest::addColumn<QStringList>("udp");
+        QTest::addColumn<int>("sslPort");
+        QTest::addColumn<QList<bool>>("offers"); // TCP, UDP, stealth, PPTP
+        using B = QList<bool>;
+        QTest::newRow("UDP ports only") << QStringList() << QStringList {"1194"} << 0 << B {false, true, false, false};
+        QTest::newRow("a cached empty port list counts, stealth from port 1")
+            << QStringList {""} << QStringList() << 1 << B {true, false, true, false};
+        QTest::newRow("a negative stealth port is none")
+            << QStringList() << QStringList() << -443 << B {false, false, false, false};
+    }
+    void offersProtocol()
+    {
+        ServerInfo server;
+        QFETCH(QStringList, tcp);
+        QFETCH(QStringList, udp);
+        server.tcpPorts = tcp;
+        server.udpPorts = udp;
+        QFETCH(int, sslPort);
+        server.sslPort = sslPort;
+        const QList<bool> offers {::offersProtocol(server, OpenVpnTcp),
+                                  ::offersProtocol(server, OpenVpnUdp),
+                                  ::offersProtocol(server, Stealth),
+                                  ::offersProtocol(server, PPTP)};
+        QTEST(offers, "offers");
+    }
+
+    // With the parser pinned above, writing back the same line proves every field's place in the text.
+    void textFormRoundTrip()
+    {
+        const QString line = QStringLiteral("DE-Berlin;de;DE-B;10.0.0.1;1;vpn123;pw;80.443;1194;5;8443;2;cdn.example");
+        ServerInfo server(line);
+        server.ping = 42;
+        server.groupName = QStringLiteral("not written");
+        QCOMPARE(QString(server), line);
+    }
+
+    void rowsSharingANameShareTheRecord()
+    {
+        Sorted sorted;
+        QVector<ServerInfo> list = serversFromText("x:1:0 b:2:0 x:1:0");
+        list[2].ip = QStringLiteral("10.0.0.2");
+        sorted.model.setServers(list);
+        ServerPingModel& model = sorted.model;
+        QCOMPARE(model.rowCount(), 3);
+        QCOMPARE(model.locationByIndex(model.index(0, 0)).ip, QStringLiteral("10.0.0.2"));
+        QSignalSpy changed(&model, &ServerPingModel::favoriteChanged);
+        QVERIFY(!model.setData(model.index(0, 0), true)); // only the favourite column is editable
+        QVERIFY(model.setData(model.index(0, 1), true));
+        QCOMPARE(changed.count(), 1);
+        QVERIFY(model.index(2, 1).data().toBool());
+        QCOMPARE(model.getFavoriteLocation().size(), 1);
+    }
+
+    // "<*>" and "<=>" are the favourite and recommended section headers.
+    void favoritesSections_data()
+    {
+        QTest::addColumn<QString>("entries");
+        QTest::addColumn<QString>("rows");
+        addRow("no favourite starts with the recommended header", "a:1:10 b:2:10", "<=>,a,b");
+        addRow("favourites in list order under their header", "z:2:0* a:1:10 m:1:5*", "<*>,z,m,<=>,m,a,z");
+        addRow("three lowest standard latencies", "s50:1:50 s10:1:10 s40:1:40 s20:1:20 s30:1:30", "<=>,s10,s20,s30");
+        addRow("standard before double whatever the latency", "d1:2:1 s9:1:9 d2:2:2 d3:2:3 d4:2:4", "<=>,s9,d1,d2,d3");
+    }
+    void favoritesSections()
+    {
+        QFETCH(QString, entries);
+        SortedModel<FavoritesServerModel, FavoritesSortFilterProxyModel> sorted(entries);
+        QStringList rows;
+        for (int row = 0; row < sorted.model.rowCount(); ++row) {
+            const QModelIndex index = sorted.model.index(row, 0);
+            rows.append(index.data().toString());
+            const bool header = rows.last().startsWith(QLatin1Char('<'));
+            QCOMPARE(index.data(Qt::UserRole + 2).toBool(), header);
+            QCOMPARE(index.data(Qt::UserRole + 1).toInt() == 0, header);
+        }
+        QTEST(rows.join(QLatin1Char(',')), "rows");
+        // The proxy keeps the source order whatever it is asked to show.
+        QString search = QStringLiteral("zzz");
+        sorted.proxy.showAll(search);
+        sorted.proxy.showDouble();
+        QCOMPARE(outline(sorted.proxy), rows.join(QLatin1Char(',')));
+    }
+
+    // The page uses this proxy for its standard view and for searching (all servers, by name).
+    void proxyViews_data()
+    {
+        QTest::addColumn<QString>("search"); // null: the standard view
+        QTest::addColumn<QString>("rows");
+        addRow("standard", QString(), "fr-paris,Paris-FR");
+        addRow("all without search", "", "Berlin,de-fra,fr-paris,Paris-FR");
+        addRow("search ignores case", "FR", "de-fra,fr-paris,Paris-FR");
+    }
+    void proxyViews()
+    {
+        QFETCH(QString, search);
+        Sorted sorted("fr-paris:1:0* Berlin:2:0* Paris-FR:1:0 de-fra:2:0 odd:0:0");
+        if (search.isNull())
+            sorted.proxy.showStandart();
+        else
+            sorted.proxy.showAll(search);
+        QTEST(outline(sorted.proxy), "rows");
+    }
+
+    void grouping_data()
+    {
+        QTest::addColumn<QString>("entries");
+        QTest::addColumn<QString>("tree");
+        addRow("groups in order of first appearance",
+               "DE-Berlin FR-Paris DE-Frankfurt Singapore",
+               "DE[DE-Berlin,DE-Frankfurt],FR[FR-Paris],Singapore[Singapore]");
+        addRow("a repeated record appears each time", "DE-a DE-a vpn2/DE-a", "DE[DE-a,DE-a,DE-a]");
+    }
+    void grouping()
+    {
+        QFETCH(QString, entries);
+        ServerTreeModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+        model.setServers(serversFromText(entries));
+        QTEST(outline(model), "tree");
+    }
+
+    // The page shows the tree only in its double view, only with double-hop servers, and marks favourites there.
+    void doubleView()
+    {
+        Tree sorted(QStringLiteral("FR-Paris:2 DE-frankfurt:2 FR-Lyon:2* DE-Berlin:2"));
+        sorted.proxy.showDouble();
+        QCOMPARE(outline(sorted.proxy), QStringLiteral("DE[DE-Berlin,DE-frankfurt],FR[FR-Lyon,FR-Paris]"));
+        QSignalSpy changed(&sorted.model, &ServerTreeModel::favoriteChanged);
+        const QModelIndex de = sorted.proxy.index(0, 0);
+        // Group rows and the name column take no mark.
+        QVERIFY(!sorted.proxy.setData(de.siblingAtColumn(1), true));
+        QVERIFY(!sorted.proxy.setData(sorted.proxy.index(0, 0, de), true));
+        QVERIFY(sorted.proxy.setData(sorted.proxy.index(0, 1, de), true));
+        QVERIFY(sorted.proxy.setData(sorted.proxy.index(0, 1, sorted.proxy.index(1, 0)), false));
+        QCOMPARE(changed.count(), 2);
+        QStringList favorites;
+        for (const ServerInfo& server : sorted.model.getFavoriteLocation())
+            favorites.append(server.name);
+        QCOMPARE(favorites, QStringList {"DE-Berlin"});
+    }
+};
+
+QTEST_GUILESS_MAIN(TestServerModels)
+#include "tst_ServerModels.moc"
