@@ -176,5 +176,14 @@ void AccountSession::signOut()
 
 void AccountSession::scheduleUpdateCheck()
 {
+    m_updateRetryMs = updateCheckDelayMs;
     m_updateCheck.start(updateCheckDelayMs);
+}
+
+void AccountSession::retryUpdateCheck()
+{
+    if (m_updateRetryMs <= 0)
+        m_updateRetryMs = updateCheckDelayMs;
+    m_updateCheck.start(m_updateRetryMs);
+    m_updateRetryMs = qMin(m_updateRetryMs, UpdateRetryMaxMs / 2) * 2;
 }

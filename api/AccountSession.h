@@ -23,9 +23,11 @@ public:
     explicit AccountSession(std::function<bool()> tunnelUp, QObject* parent = nullptr);
 
     // Pause before a failed server list is asked for again, and before the update check that follows a sign-in or
-    // an offline start, or that retries a failed check. Tests shorten them.
+    // an offline start, or that first retries a failed check. Tests shorten them.
     static int serverListRetryMs;
     static int updateCheckDelayMs;
+    // Each further failed check doubles the pause before the next one, up to this.
+    static constexpr int UpdateRetryMaxMs = 3600 * 1000;
 
     // With a remembered user, goes on from the cached account while signing in in the background; false, with
     // nothing sent, when no user is remembered.
@@ -39,10 +41,15 @@ public:
     void requestServerList();
     // Forgets the user: default settings, no cached account, no pending refresh.
     void signOut();
+    // The check after a sign-in or an offline start; also resets the retry pause.
     void scheduleUpdateCheck();
+    // The check got no answer: asked again after a pause that grows with each failure. An answer without an offer
+    // schedules nothing, so checking ends until the next sign-in.
+    void retryUpdateCheck();
 
     bool isLiteAccount() const { return m_liteAccount; }
     bool isUpdateCheckPending() const { return m_updateCheck.isActive(); }
+    int updateCheckDelay() const { return m_updateCheck.interval(); }
 
 signals:
     void resumedFromCache(const QVector<ServerInfo>& servers);
@@ -75,6 +82,7 @@ private:
     std::function<bool()> m_tunnelUp;
     QTimer m_serverListRetry;
     QTimer m_updateCheck;
+    int m_updateRetryMs = 0;
     // The sign-in page is up: from the start until an account is accepted, and again after a failure or sign-out.
     bool m_signedOut = true;
     // A remembered user's start whose sign-in has not failed yet: a failure then goes on offline.

@@ -6,6 +6,7 @@
 #include <QSslError>
 
 #include "ReplyTimeout.h"
+#include "ServiceAddresses.h"
 #include "ServiceTls.h"
 #include "ServiceUrls.h"
 
@@ -30,8 +31,7 @@ void GetManager::getAsync(QUrl url, int id)
     unverified = false;
     errorString.clear();
     retryCount = 0;
-    request.setUrl(url);
-    request.setSslConfiguration(ServiceTls::configuration());
+    request = ServiceAddresses::request(url);
     getReply();
 }
 

@@ -216,7 +216,8 @@ void NetworkManager::slotProgramUpdateFinished()
         return;
     }
     const QPair<QString, QString> offer = AccountAnswer::updateOffer(updateGet->data);
-    emit programUpdate(offer.first, offer.second, !offer.first.isEmpty());
+    // Answered, with or without an offer: only a failed request is worth asking again.
+    emit programUpdate(offer.first, offer.second, true);
 }
 
 void NetworkManager::slotIpTimezoneFinished()
@@ -252,7 +253,8 @@ void NetworkManager::onPingServersFinished()
             if (found == pings.constEnd())
                 continue;
             server.ping = found.value();
-            if (server.type == ServerInfo::Double)
+            // The second hop's latency adds to a measured first hop; an unmeasured one stays unmeasured (0).
+            if (server.type == ServerInfo::Double && server.ping > 0)
                 server.ping += m_doubleServerPings[server.name];
         }
     }
@@ -283,6 +285,8 @@ void NetworkManager::onRequestGetBuyLinkFinished()
     QString link;
     if (AccountAnswer::firstText(buyLinkGet->data, QLatin1String("link"), &link))
         emit gotBuyLink(link);
+    else
+        emit buyLinkFailed(NetworkFailure, QStringLiteral("no link in the answer"));
 }
 
 // ---- readers

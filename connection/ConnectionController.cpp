@@ -8,7 +8,6 @@
 
 #include <QDebug>
 #include <QFile>
-#include <QHostInfo>
 #include <QSettings>
 #include <QtConcurrent>
 
@@ -71,9 +70,10 @@ const ConnectionController::Transition ConnectionController::Transitions[] = {
 };
 // clang-format on
 
-ConnectionController::ConnectionController(Materials* materials, const QString& serviceHost, QObject* parent)
+ConnectionController::ConnectionController(Materials* materials, const QStringList& serviceAddresses, QObject* parent)
     : QObject(parent)
     , m_materials(materials)
+    , m_serviceAddresses(serviceAddresses)
 {
     connect(&m_connection, &Connection::connected, this, &ConnectionController::onConnected);
     connect(&m_connection, &Connection::disconnected, this, &ConnectionController::onDisconnected);
@@ -99,9 +99,6 @@ ConnectionController::ConnectionController(Materials* materials, const QString& 
     m_firewall.ipv6Block = setting(Keys::IPv6LeakProtect).toBool();
     m_firewall.allowLocalIp = setting(Keys::AllowLocalDevices).toBool();
     m_firewall.changeTimezone = setting(Keys::ChangeTimezone).toBool();
-    const QHostInfo info = QHostInfo::fromName(serviceHost);
-    if (!info.addresses().isEmpty())
-        m_serviceAddresses.append(info.addresses().first().toString());
 
     m_pause.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, [this] { pauseStepDone(m_attempt); });
@@ -268,6 +265,7 @@ void ConnectionController::startEngine()
     setState(State::Starting);
     qDebug() << "OpenVpn config:" << m_makeOvpn.configFileName;
     m_autoConnectPending = false;
+    m_autoConnectSettled = true;
     m_connection.connect(
         m_currentServer, m_currentServer.user, m_currentServer.password, m_makeOvpn.configFileName, ProxySetting());
 }
@@ -379,7 +377,10 @@ void ConnectionController::onStatistics(double received, double sent, double rec
 
 void ConnectionController::autoConnect()
 {
-    if (m_currentServer.ip.isEmpty() || m_currentServer.flag.isEmpty() || !m_autoConnectPending)
+    if (m_currentServer.ip.isEmpty() || m_currentServer.flag.isEmpty())
+        return;
+    m_autoConnectSettled = true;
+    if (!m_autoConnectPending)
         return;
     m_autoConnectPending = false;
     toggle();
@@ -429,7 +430,7 @@ void ConnectionController::selectServer(const ServerIdentif& id)
 
 void ConnectionController::loadSettings()
 {
-    m_autoConnectPending = setting(Keys::ConnectOnStart).toBool();
+    m_autoConnectPending = !m_autoConnectSettled && setting(Keys::ConnectOnStart).toBool();
 
     if (!offersProtocol(m_currentServer, getVpnProtocolByLabel(protocolSetting()).id)) {
         m_currentServer = ServerInfo();
@@ -482,9 +483,9 @@ void ConnectionController::setFullProtection(bool on)
             emit notice(Notice::FirewallUnsupported);
             return;
         }
-        const auto confirm = [this, on](bool ok) {
+        const auto confirm = [this, on, idle = !m_autoConnectPending](bool ok) {
             if (ok)
-                m_fullProtection = on;
+                rulesConfirmed(on, idle);
             else if (on == m_protectionWanted)
                 m_protectionWanted = m_fullProtection;
         };
@@ -509,7 +510,21 @@ void ConnectionController::refreshFirewall(bool idle, Connection::Answer answer)
     const QString list = allowList().join(QLatin1Char(';'));
     qDebug() << "Change Firewall ip:" << list;
     m_firewall.idle = idle;
-    m_connection.firewallChange(list, TunnelInterface, m_firewall, std::move(answer));
+    m_connection.firewallChange(list, TunnelInterface, m_firewall, [this, idle, answer](bool ok) {
+        if (ok && m_fullProtection)
+            rulesConfirmed(true, idle);
+        if (answer)
+            answer(ok);
+    });
+}
+
+void ConnectionController::rulesConfirmed(bool on, bool idle)
+{
+    const bool before = isBlocking();
+    m_fullProtection = on;
+    m_rulesIdle = idle;
+    if (isBlocking() != before)
+        emit blockingChanged(isBlocking());
 }
 
 void ConnectionController::onWirelessJoined()

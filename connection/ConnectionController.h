@@ -73,8 +73,8 @@ public:
     // A stunnel that dies while its connection is up is started again this often per attempt.
     static constexpr int MaxStunnelRestarts = 3;
 
-    // The API host is resolved once, here, for the allow list.
-    ConnectionController(Materials* materials, const QString& serviceHost, QObject* parent = nullptr);
+    // The service's addresses go into the kill switch's allow list, so that the program's own requests pass.
+    ConnectionController(Materials* materials, const QStringList& serviceAddresses, QObject* parent = nullptr);
     ~ConnectionController() override;
 
     // The page's number for a state: OpenVPN starting is still "connecting".
@@ -86,6 +86,8 @@ public:
     }
     State state() const { return m_state; }
     bool isConnected() const { return m_state == State::Connected; }
+    // The kill switch's rules for no connection are in force: nothing but the allow list gets out.
+    bool isBlocking() const { return m_fullProtection && m_rulesIdle; }
 
     QMap<ServerIdentif, ServerInfo> servers() const { return m_servers; }
     ServerInfo currentServer() const { return m_currentServer; }
@@ -141,6 +143,7 @@ signals:
     void logLine(const QString& text);
     void logCleared();
     void updateInstallAnswered(bool accepted);
+    void blockingChanged(bool blocking);
 
 private:
     enum class Event { Press, PauseOver, Generated, GenerationCancelled, Up, Down, Failure };
@@ -175,6 +178,8 @@ private:
     void onStunnelStopped();
     void onStatistics(double received, double sent, double receivedTotal, double sentTotal);
     void removeConnectionLeftovers();
+    // The daemon confirmed rules: on or off, and for a connection or for none.
+    void rulesConfirmed(bool on, bool idle);
     void showLocation(const ServerInfo& server);
 
     Materials* m_materials;
@@ -186,8 +191,13 @@ private:
     ServerInfo m_currentServer;
     QString m_lastError;
     bool m_autoConnectPending = false;
+    // The run's automatic connection was made, declined by the setting, or overtaken by one by hand: reloading the
+    // settings does not arm it again.
+    bool m_autoConnectSettled = false;
     bool m_cancelRequested = false;
     bool m_fullProtection = false;
+    // The rules in force are those for no connection.
+    bool m_rulesIdle = false;
     bool m_closing = false;
     bool m_tunnelUp = false;
     bool m_reestablishing = false;

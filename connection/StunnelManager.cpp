@@ -5,9 +5,11 @@
 
 #include <QDebug>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSocketNotifier>
+#include <QThread>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -63,6 +65,8 @@ namespace {
 // stunnel writes its pid once it runs in the background, well within this.
 constexpr int PidPollMs = 50;
 constexpr int PidPolls = 100;
+// How long a stop waits for a stunnel that has just been started to name itself.
+constexpr int StartWaitMs = 2000;
 } // namespace
 
 StunnelManager::StunnelManager(QObject* parent)
@@ -191,6 +195,15 @@ bool StunnelManager::makeConfigFile(const QString& host, int port, const QString
 
 void StunnelManager::killProcess()
 {
+    // A stunnel started a moment ago may not have written its pid yet (a connection cancelled while its
+    // configuration is written): wait for it briefly, or it would be left running with nobody to stop it.
+    if (pidPoll.isActive()) {
+        QElapsedTimer waited;
+        waited.start();
+        while (ownStunnelPid(nullptr) < 1 && waited.elapsed() < StartWaitMs
+               && !(process->state() == QProcess::NotRunning && process->exitCode() != 0))
+            QThread::msleep(10);
+    }
     unwatch();
     QString why;
     const int pid = ownStunnelPid(&why);

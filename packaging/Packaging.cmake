@@ -1,19 +1,32 @@
 # The Debian package "tavrin": the program, the helper daemon with its unit and resolver script,
-# the desktop entry and icons. Built with `cpack -G DEB` in a build directory (scripts/package).
+# the desktop entry, icons and manual pages. Built with `cpack -G DEB` in a build directory
+# (scripts/package).
 include(GNUInstallDirs)
 
 install(FILES ${CMAKE_CURRENT_LIST_DIR}/tavrin.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${CMAKE_SOURCE_DIR}/resources/icons/logo.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps
         RENAME tavrin.svg)
 
-# Compressed as Debian policy asks; -n keeps the archive reproducible.
+# Compressed as Debian policy asks, like the manual pages below; -n keeps the archive reproducible.
 set(changelog_gz ${CMAKE_BINARY_DIR}/packaging/changelog.gz)
 add_custom_command(OUTPUT ${changelog_gz}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
     COMMAND sh -c "gzip -9n -c '${CMAKE_CURRENT_LIST_DIR}/debian/changelog' > '${changelog_gz}'"
     DEPENDS ${CMAKE_CURRENT_LIST_DIR}/debian/changelog
     VERBATIM)
-add_custom_target(tavrin_package_docs ALL DEPENDS ${changelog_gz})
+set(man_pages_gz)
+foreach(page tavrin.1 tavrin-helperd.8)
+    string(REGEX REPLACE ".*\\.([0-9])$" "\\1" section ${page})
+    set(page_gz ${CMAKE_BINARY_DIR}/packaging/${page}.gz)
+    add_custom_command(OUTPUT ${page_gz}
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
+        COMMAND sh -c "gzip -9n -c '${CMAKE_CURRENT_LIST_DIR}/man/${page}' > '${page_gz}'"
+        DEPENDS ${CMAKE_CURRENT_LIST_DIR}/man/${page}
+        VERBATIM)
+    list(APPEND man_pages_gz ${page_gz})
+    install(FILES ${page_gz} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+endforeach()
+add_custom_target(tavrin_package_docs ALL DEPENDS ${changelog_gz} ${man_pages_gz})
 install(FILES ${changelog_gz} ${CMAKE_CURRENT_LIST_DIR}/debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tavrin)
 
 # The vendor's key for updates: the package installs its public half and the debsig-verify policy

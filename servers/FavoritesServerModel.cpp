@@ -66,11 +66,16 @@ void FavoritesServerModel::appendBestOfType(const QVector<ServerInfo>& servers, 
         if (server.type == type)
             candidates.append(&server);
     }
-    // Only the first few are needed; equal latencies keep the list's order.
+    // Only the first few are needed. Measured latencies (above 0) come first, lowest first; servers without one
+    // follow. Equal latencies, and all servers without one, keep the list's order.
     const int count = std::min(bestCount, int(candidates.size()));
     std::partial_sort(
         candidates.begin(), candidates.begin() + count, candidates.end(), [](const ServerInfo* a, const ServerInfo* b) {
-            return a->ping != b->ping ? a->ping < b->ping : a < b;
+            const bool aMeasured = a->ping > 0;
+            const bool bMeasured = b->ping > 0;
+            if (aMeasured != bMeasured)
+                return aMeasured;
+            return aMeasured && a->ping != b->ping ? a->ping < b->ping : a < b;
         });
     for (int i = 0; i < count; ++i)
         list.append(*candidates[i]);

@@ -58,8 +58,9 @@ void PingManager::onPingFinished(bool success, double timeMs, QString name, QStr
     Q_UNUSED(ip)
     if (success) {
         auto it = results.find(name);
+        // 0 stands for "not measured", so an answer within a millisecond (a nearby host) is filed as 1.
         if (it != results.end())
-            it->ping = static_cast<qint32>(timeMs);
+            it->ping = qMax<qint32>(1, static_cast<qint32>(timeMs));
     }
 
     // The test comes before this result is counted, so a pass of n distinct names ends only

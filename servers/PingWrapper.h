@@ -4,9 +4,10 @@
 #include <QRunnable>
 #include <QString>
 
-// One latency job for one server, run on the ping manager's pool (which deletes it afterwards).
-// For now the job only starts the system's "ping" program without arguments and reports a
-// failed measurement; a real measurement replaces the body of run() and nothing else.
+// One latency job for one server, run on the ping manager's pool (which deletes it afterwards): a few ICMP echoes
+// through the system's "ping" program, the mean round trip in milliseconds. A missing program, an address that is
+// not a plain IPv4/IPv6 address, a host that does not answer or a program that overruns its time is a failed
+// measurement with a time of 0.
 class PingWrapper : public QObject, public QRunnable
 {
     Q_OBJECT
@@ -22,6 +23,6 @@ signals:
 private:
     QString name;
     QString ip;
-    // Reserved for a real measurement; the current job does not read it.
+    // Kept for the manager's interface; the job does not read it.
     bool option;
 };

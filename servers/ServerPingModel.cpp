@@ -83,14 +83,15 @@ const QVector<int>& ServerPingModel::entriesByName() const
 
 ServerInfo ServerPingModel::getBestLocation() const
 {
-    int best = 0;
+    // The lowest measured latency, the first in name order among equals. A latency of 0 or below was not measured
+    // (or the server did not answer); only when no server has one does the last in name order stand in.
     const ServerInfo* bestServer = nullptr;
     for (int entry : entriesByName()) {
         const ServerInfo& server = servers[entry];
-        if (best <= 0 || server.ping < best) {
-            best = server.ping;
+        const bool measured = server.ping > 0;
+        if (!bestServer || (measured && (bestServer->ping <= 0 || server.ping < bestServer->ping))
+            || (!measured && bestServer->ping <= 0))
             bestServer = &server;
-        }
     }
     return bestServer ? *bestServer : ServerInfo();
 }

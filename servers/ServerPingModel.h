@@ -20,7 +20,8 @@ public:
     void setServers(QVector<ServerInfo> list);
     ServerInfo locationByIndex(const QModelIndex& index) const override;
     const QString& sortText(const QModelIndex& index) const override;
-    // The lowest positive latency; a record without one is taken over by the next in name order.
+    // The lowest measured (positive) latency, the first in name order among equals; when no record has one, the
+    // last record in name order.
     ServerInfo getBestLocation() const;
     QVector<ServerInfo> getFavoriteLocation() const;
     void stopPing();

@@ -51,6 +51,14 @@ void ServerTreeModel::setServers(QVector<ServerInfo> list)
     for (int g = 0; g < groupNames.size(); ++g) {
         ServerInfo groupRecord;
         groupRecord.groupName = groupNames[g];
+        // A double-hop group's first member may well show its exit's flag: the group's own location speaks first.
+        groupRecord.flag = list[members[g].first()].flag;
+        for (int i : members[g]) {
+            if (list[i].type == ServerInfo::Standart && list[i].name == groupNames[g]) {
+                groupRecord.flag = list[i].flag;
+                break;
+            }
+        }
         auto* groupItem = new LocationTreeItem(std::move(groupRecord));
         m_root->appendChild(groupItem);
         for (int i : members[g])
@@ -151,6 +159,8 @@ QVariant ServerTreeModel::data(const QModelIndex& index, int role) const
     if (!isServerItem(item)) {
         if (role == Qt::DisplayRole && index.column() == 0)
             return record.groupName;
+        if (role == FlagRole)
+            return record.flag;
         return QVariant();
     }
     switch (role) {

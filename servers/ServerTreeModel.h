@@ -19,7 +19,8 @@ public:
     ~ServerTreeModel() override;
 
     void setServers(QVector<ServerInfo> list);
-    // A server row's record; a group row's record carries only the group name.
+    // A server row's record; a group row's record carries only the group name and its flag: that of the standard
+    // server named like the group, else that of its first server.
     ServerInfo locationByIndex(const QModelIndex& index) const override;
     const QString& sortText(const QModelIndex& index) const override;
     // The favourite servers, one per (login, name), in that order.

@@ -1,12 +1,10 @@
 #include "AccountWindow.h"
 
-#include <QDesktopServices>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
-#include <QUrl>
 #include <QVBoxLayout>
 
 #include "Clock.h"
@@ -148,7 +146,7 @@ void AccountWindow::onBuyButtonClicked()
 void AccountWindow::goBuyLink(QString url)
 {
     if (isVisible())
-        QDesktopServices::openUrl(QUrl(url));
+        CustomMessageBox::openLink(this, url);
     m_btRenew->setEnabled(true);
     m_btBuy->setEnabled(true);
 }

@@ -19,4 +19,5 @@ public:
     virtual void setTrayStatusConnecting() = 0;
     virtual void setTrayStatusReestablishing() = 0;
     virtual void setTrayActiveServer(QString& name) = 0;
+    virtual void setTrayBlocked(bool blocked) = 0;
 };

@@ -9,6 +9,7 @@
 #include "LocalSettings.h"
 #include "NetworkManager.h"
 #include "RotateWidget.h"
+#include "ServiceAddresses.h"
 #include "ShowLog.h"
 
 #include <QCoreApplication>
@@ -16,6 +17,7 @@
 #include <QDesktopServices>
 #include <QEvent>
 #include <QEventLoop>
+#include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QPushButton>
 #include <QUrl>
@@ -33,7 +35,7 @@ ConnectWindow::ConnectWindow(ConnectHost* host, QWidget* parent)
     : QWidget(parent)
     , m_host(host)
     , m_log(new ShowLog())
-    , m_controller(host, QUrl(NetworkManager::apiLink()).host())
+    , m_controller(host, ServiceAddresses::pinned())
 {
     ui.setupUi(this);
     initUI();
@@ -67,10 +69,13 @@ ConnectWindow::ConnectWindow(ConnectHost* host, QWidget* parent)
     });
     connect(c, &ConnectionController::logCleared, m_log.get(), &ShowLog::clear);
     connect(c, &ConnectionController::updateInstallAnswered, this, &ConnectWindow::updateInstallAnswered);
+    connect(c, &ConnectionController::blockingChanged, this, &ConnectWindow::showBlocking);
+    connect(ui.lbBlocked, &QLabel::linkActivated, this, &ConnectWindow::settings);
     NetworkManager* api = NetworkManager::instance();
     connect(c, &ConnectionController::timezoneWanted, api, &NetworkManager::ipTimezoneRequest);
     connect(api, &NetworkManager::gotIpTimezone, c, &ConnectionController::onTimezoneAnswer);
     connect(api, &NetworkManager::gotBuyLink, this, &ConnectWindow::goBuyLink);
+    connect(api, &NetworkManager::buyLinkFailed, ui.btRenew, [this] { ui.btRenew->setEnabled(true); });
 
     m_subscriptionTimer.setInterval(SubscriptionIntervalMs);
     connect(&m_subscriptionTimer, &QTimer::timeout, this, &ConnectWindow::doUpdateSubscriptionInfo);
@@ -134,6 +139,8 @@ void ConnectWindow::showLook(Look look)
             "QPushButton{border: 0px;font: 16px \"Arial\";color: #33a5db;background-color:transparent;}"));
         ui.lbLocation->setStyleSheet(QStringLiteral("QLabel{font: 16px \"Arial\"; color: #4a4a4a;}"));
         ui.btnSettings->setEnabled(true);
+        ui.btnSettings->setGraphicsEffect(nullptr);
+        ui.btnSettings->setToolTip(tr("Settings"));
         ui.lbShield->setStyleSheet(QStringLiteral("image: url(:/resources/shield-grey.svg);"));
         ui.lbRotatorGreen->hide();
         ui.lbRotatorAnimation->setStyleSheet(
@@ -155,6 +162,10 @@ void ConnectWindow::showLook(Look look)
             "QPushButton{border: 0px;font: 16px \"Arial\";color: #9b9b9b;background-color:transparent;}"));
         ui.lbLocation->setStyleSheet(QStringLiteral("QLabel{font: 16px \"Arial\"; color: #ff9600;}"));
         ui.btnSettings->setEnabled(false);
+        // A flat icon looks the same disabled: dim it, and say why it does not open.
+        ui.btnSettings->setGraphicsEffect(new QGraphicsOpacityEffect(ui.btnSettings));
+        static_cast<QGraphicsOpacityEffect*>(ui.btnSettings->graphicsEffect())->setOpacity(0.35);
+        ui.btnSettings->setToolTip(tr("Disconnect first to change the settings"));
         ui.lbRotatorGreen->hide();
         ui.lbRotatorAnimation->show();
         ui.lbRotatorAnimation->clear();
@@ -175,9 +186,21 @@ void ConnectWindow::showLook(Look look)
     QCoreApplication::processEvents();
 }
 
+// While the kill switch's rules for no connection are in force, nothing but the program's own requests
+// gets out: the page and the tray say so, and those requests go to the service's addresses directly.
+void ConnectWindow::showBlocking(bool blocking)
+{
+    ServiceAddresses::setBypassingLookups(blocking);
+    ui.lbBlocked->setVisible(blocking);
+    m_host->setTrayBlocked(blocking);
+}
+
 // The texts that follow the appearance, set again after a language change.
 void ConnectWindow::applyStateTexts()
 {
+    ui.lbBlocked->setText(
+        QStringLiteral("%1 <a href=\"settings\">%2</a>")
+            .arg(tr("The kill switch blocks the Internet while you are not connected."), tr("Change")));
     if (m_look == Look::Connected) {
         // The connected look keeps the button of the connecting one.
         ui.btnSelectLocation->setText(tr("Show connection"));
@@ -336,6 +359,6 @@ void ConnectWindow::onRenewButtonClicked()
 void ConnectWindow::goBuyLink(QString url)
 {
     if (isVisible())
-        QDesktopServices::openUrl(QUrl(url));
+        CustomMessageBox::openLink(this, url);
     ui.btRenew->setEnabled(true);
 }

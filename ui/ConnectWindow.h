@@ -45,6 +45,7 @@ public:
 
     ConnectionController& controller() { return m_controller; }
     int state() const { return ConnectionController::pageState(m_controller.state()); }
+    bool isBlocking() const { return m_controller.isBlocking(); }
     bool isConnected() const { return m_controller.isConnected(); }
     QMap<ServerIdentif, ServerInfo> getServers() const { return m_controller.servers(); }
     ServerInfo currentServer() const { return m_controller.currentServer(); }
@@ -109,6 +110,7 @@ protected:
 private:
     void initUI();
     void showLook(ConnectionController::Look look);
+    void showBlocking(bool blocking);
     void showNotice(ConnectionController::Notice notice);
     void showFailure(const QString& message);
     void applyStateTexts();

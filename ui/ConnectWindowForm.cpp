@@ -68,6 +68,13 @@ void ConnectWindowForm::setupUi(QWidget* page)
     lbShield->setFixedSize(20, 24);
     lbStatus = label(page, "lbStatus");
     column->addLayout(centredPair(lbShield, lbStatus));
+    lbBlocked = label(page, "lbBlocked");
+    lbBlocked->setAlignment(Qt::AlignCenter);
+    lbBlocked->setWordWrap(true);
+    lbBlocked->setTextFormat(Qt::RichText);
+    lbBlocked->setStyleSheet(QStringLiteral("QLabel{font: 12px \"Arial\"; color: #d0021b;}"));
+    lbBlocked->hide();
+    column->addWidget(lbBlocked);
     column->addSpacing(16);
 
     // The big button in its ring; the two rotator labels lie on the ring, the button above them.

@@ -33,6 +33,8 @@ public:
 
     // Beyond the named ones: the status line beside the shield, the flag of the location and the rates.
     QLabel* lbStatus = nullptr;
+    // Shown while the kill switch blocks the Internet, with a link to its setting.
+    QLabel* lbBlocked = nullptr;
     QLabel* lbFlag = nullptr;
     QLabel* lbRates = nullptr;
 };

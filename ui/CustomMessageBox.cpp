@@ -2,8 +2,11 @@
 
 #include <QAbstractButton>
 #include <QDebug>
+#include <QDesktopServices>
 #include <QList>
+#include <QUrl>
 
+#include "ServiceAddresses.h"
 #include "WidgetStyle.h"
 
 namespace {
@@ -59,6 +62,24 @@ QString CustomMessageBox::unverifiedServiceText()
     return tr("The identity of the Velmora service could not be verified, so nothing was sent to it.");
 }
 
+void CustomMessageBox::openLink(QWidget* parent, const QString& url)
+{
+    // Only the program's own requests get past the kill switch's rules: a browser would show an error page.
+    if (ServiceAddresses::bypassingLookups()) {
+        information(parent,
+                    tr("Open in a browser"),
+                    tr("The kill switch blocks the Internet while you are not connected, so this page cannot load "
+                       "now. Connect first, or turn the kill switch off, then open this link:")
+                        + "\n\n" + url);
+        return;
+    }
+    if (QDesktopServices::openUrl(QUrl(url)))
+        return;
+    qDebug() << "No browser opened the link";
+    information(
+        parent, tr("Open in a browser"), tr("No web browser could be opened. Copy this link into one:") + "\n\n" + url);
+}
+
 std::unique_ptr<QMessageBox> CustomMessageBox::create(Kind kind,
                                                       QWidget* parent,
                                                       const QString& title,
@@ -70,6 +91,8 @@ std::unique_ptr<QMessageBox> CustomMessageBox::create(Kind kind,
     box->setStyleSheet(WidgetStyle::sheet());
     box->setWindowTitle(title.isEmpty() ? QStringLiteral("Tavrin") : title);
     box->setText(text);
+    // The text can be copied, e.g. a link that no browser opened.
+    box->setTextInteractionFlags(Qt::TextSelectableByMouse);
     box->setStandardButtons(buttons);
     if (defaultButton != QMessageBox::NoButton)
         box->setDefaultButton(defaultButton);

@@ -179,7 +179,7 @@ void MainWindow::connectSession()
         showPage(m_loginWindow.data());
     });
     connect(session, &AccountSession::updateCheckDue, m_updateOffer.get(), &UpdateOffer::check);
-    connect(m_updateOffer.get(), &UpdateOffer::checkFailed, session, &AccountSession::scheduleUpdateCheck);
+    connect(m_updateOffer.get(), &UpdateOffer::checkFailed, session, &AccountSession::retryUpdateCheck);
 }
 
 void MainWindow::showPage(QWidget* page, std::initializer_list<QWidget*> hidden)
@@ -307,7 +307,12 @@ void MainWindow::onReturnToSignUp()
 void MainWindow::onSubscriptionChange()
 {
     if (m_connectWindow->isConnected()) {
-        if (!askToLogOut(tr("VPN connection is active. \nDisconnect and logout?")))
+        if (CustomMessageBox::question(this,
+                                       tr("Change VPN login"),
+                                       tr("VPN connection is active. \nDisconnect and change the VPN login?"),
+                                       QMessageBox::Yes | QMessageBox::No,
+                                       QMessageBox::No)
+            == QMessageBox::No)
             return;
         m_connectWindow->onClickConnect();
     }

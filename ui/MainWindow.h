@@ -55,6 +55,7 @@ public:
     void setTrayStatusConnecting() override { m_tray->setStatusConnecting(); }
     void setTrayStatusReestablishing() override { m_tray->setStatusReestablishing(); }
     void setTrayActiveServer(QString& name) override { m_tray->setActiveServer(name); }
+    void setTrayBlocked(bool blocked) override { m_tray->setBlocked(blocked); }
 
     // For tests: the pages and helpers this window owns.
     LoginWindow* loginPage() const { return m_loginWindow.data(); }

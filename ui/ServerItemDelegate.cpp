@@ -1,9 +1,12 @@
 #include "ServerItemDelegate.h"
 
+#include <QAbstractItemView>
 #include <QAbstractProxyModel>
+#include <QHelpEvent>
 #include <QIcon>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 
 #include "AbstractServerModel.h"
 #include "FlagPicture.h"
@@ -35,7 +38,30 @@ ServerInfo ServerItemDelegate::recordOf(const QModelIndex& index)
 
 QString ServerItemDelegate::latencyText(int ping)
 {
-    return ping > 0 ? QStringLiteral("%1 ms").arg(ping) : QStringLiteral("\u2014");
+    return ping > 0 ? tr("%1 ms").arg(ping) : QStringLiteral("\u2014");
+}
+
+QRect ServerItemDelegate::latencyRect(const QRect& cell, const QString& text)
+{
+    const int width = QFontMetrics(font(12)).horizontalAdvance(text);
+    return QRect(cell.right() - width - 4, cell.top(), width, cell.height());
+}
+
+bool ServerItemDelegate::helpEvent(QHelpEvent* event,
+                                   QAbstractItemView* view,
+                                   const QStyleOptionViewItem& option,
+                                   const QModelIndex& index)
+{
+    if (event && event->type() == QEvent::ToolTip && index.column() == 0) {
+        const ServerInfo record = recordOf(index);
+        if (isServer(record) && record.ping <= 0
+            && latencyRect(option.rect, latencyText(record.ping)).contains(event->pos())) {
+            QToolTip::showText(
+                event->globalPos(), tr("Latency unknown: not measured yet, or the server did not answer"), view);
+            return true;
+        }
+    }
+    return QStyledItemDelegate::helpEvent(event, view, option, index);
 }
 
 QRect ServerItemDelegate::starRect(const QRect& cell)
@@ -117,16 +143,15 @@ void ServerItemDelegate::paintServerCell(QPainter* painter,
     painter->drawPixmap(flagRect, flag);
 
     const QString latency = latencyText(record.ping);
+    const QRect latencyArea = latencyRect(cell, latency);
     painter->setFont(font(12));
-    const int latencyWidth = painter->fontMetrics().horizontalAdvance(latency);
-    const QRect latencyRect(cell.right() - latencyWidth - 4, cell.top(), latencyWidth, cell.height());
     painter->setPen(MutedColor);
-    painter->drawText(latencyRect, Qt::AlignVCenter | Qt::AlignRight, latency);
+    painter->drawText(latencyArea, Qt::AlignVCenter | Qt::AlignRight, latency);
 
     painter->setFont(font(14));
     painter->setPen(TextColor);
     const QRect nameRect(
-        flagRect.right() + FlagGap, cell.top(), latencyRect.left() - flagRect.right() - FlagGap - 10, cell.height());
+        flagRect.right() + FlagGap, cell.top(), latencyArea.left() - flagRect.right() - FlagGap - 10, cell.height());
     const QString name = painter->fontMetrics().elidedText(record.name, Qt::ElideRight, nameRect.width());
     painter->drawText(nameRect, Qt::AlignVCenter | Qt::AlignLeft, name);
 }

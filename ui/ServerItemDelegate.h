@@ -21,9 +21,15 @@ public:
 
     // The record behind an index of a server model, seen through any number of proxies.
     static ServerInfo recordOf(const QModelIndex& index);
-    // "—" until a latency was measured.
+    // "23 ms", or "—" while the latency is unknown (not measured yet, or no answer).
     static QString latencyText(int ping);
     static QRect starRect(const QRect& cell);
+
+    // Explains the "—" of a server whose latency is unknown.
+    bool helpEvent(QHelpEvent* event,
+                   QAbstractItemView* view,
+                   const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override;
 
 protected:
     bool editorEvent(QEvent* event,
@@ -46,6 +52,8 @@ protected:
     static QFont font(int pixelSize, bool bold = false);
 
 private:
+    // Where a row's latency text sits, at the right end of its first cell.
+    static QRect latencyRect(const QRect& cell, const QString& text);
     void paintServerCell(QPainter* painter,
                          const QStyleOptionViewItem& option,
                          const QModelIndex& index,

@@ -38,8 +38,7 @@ bool ServerTreeItemDelegate::paintOtherRow(QPainter* painter,
     const QRect cell = option.rect;
 
     if (index.column() == 0) {
-        // A group has no flag of its own; its first server's stands for it.
-        const QString flag = index.model()->index(0, 0, first).data(AbstractServerModel::FlagRole).toString();
+        const QString flag = first.data(AbstractServerModel::FlagRole).toString();
         const QRect flagRect(cell.left() + GroupMargin,
                              cell.center().y() - FlagPicture::Height / 2,
                              FlagPicture::Width,

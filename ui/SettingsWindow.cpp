@@ -30,21 +30,21 @@ struct Language
 
 // Each language under its own name, in the order the menu shows them.
 const Language languages[] = {
-    {"ar", "عربي"},
+    {"ar", "العربية"},
     {"de", "Deutsch"},
     {"en", "English"},
-    {"es", "Espanol"},
+    {"es", "Español"},
     {"fr", "Français"},
     {"hi", "हिन्दी"},
     {"it", "Italiano"},
-    {"ja", "日本人"},
-    {"ko", "한국인"},
+    {"ja", "日本語"},
+    {"ko", "한국어"},
     {"pl", "Polski"},
     {"pt", "Português"},
     {"ru", "Русский"},
-    {"tr", "Türk"},
-    {"uk", "Український"},
-    {"vi", "Việt nam"},
+    {"tr", "Türkçe"},
+    {"uk", "Українська"},
+    {"vi", "Tiếng Việt"},
     {"zh_CN", "简体中文"},
 };
 
@@ -130,6 +130,7 @@ void SettingsWindow::buildForm()
     m_cbKillSwitch = addOption("cbKillSwitch", &m_lbKillSwitchNote);
     m_cbAllowLocalDevices = addOption("cbAllowLocalDevices", &m_lbAllowLocalDevicesNote);
     m_lbVersionTitle = new QLabel(this);
+    m_lbVersionTitle->setObjectName(QStringLiteral("lbVersionTitle"));
     m_lbVersionTitle->setProperty("note", true);
     m_lbAppVersion = new QLabel(this);
     m_lbAppVersion->setObjectName(QStringLiteral("lbAppVersion"));
@@ -158,6 +159,7 @@ void SettingsWindow::buildForm()
     body->addWidget(m_lbAllowLocalDevicesNote);
     body->addStretch(1);
     auto* version = new QHBoxLayout;
+    version->setSpacing(4);
     version->addStretch(1);
     version->addWidget(m_lbVersionTitle);
     version->addWidget(m_lbAppVersion);

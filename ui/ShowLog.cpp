@@ -30,11 +30,10 @@ QString ShowLog::plainText() const
 
 QString ShowLog::messageOf(const QString& line)
 {
-    QStringList parts = line.split(QLatin1Char(','), Qt::KeepEmptyParts);
-    if (parts.size() > 2)
-        parts = parts.mid(2);
-    // Joined without a separator on purpose: commas inside the message are dropped.
-    QString message = parts.join(QString());
+    // "time,flags,message": the message keeps its own commas, as in "PUSH_REPLY,route ...,topology ...".
+    const int flags = line.indexOf(QLatin1Char(','));
+    const int text = flags < 0 ? -1 : line.indexOf(QLatin1Char(','), flags + 1);
+    QString message = text < 0 ? line : line.mid(text + 1);
     message.remove(QLatin1Char('\n'));
     message.remove(QLatin1Char('\r'));
     return message;

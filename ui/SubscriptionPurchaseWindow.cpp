@@ -1,12 +1,10 @@
 #include "SubscriptionPurchaseWindow.h"
 
-#include <QDesktopServices>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
 #include <QPushButton>
-#include <QUrl>
 #include <QVBoxLayout>
 #include <QVariant>
 
@@ -91,7 +89,7 @@ void SubscriptionPurchaseWindow::onBuyButtonClicked()
 void SubscriptionPurchaseWindow::goBuyLink(QString url)
 {
     if (isVisible()) {
-        QDesktopServices::openUrl(QUrl(url));
+        CustomMessageBox::openLink(this, url);
         emit buyLinkActivated();
     }
     m_btBuy->setEnabled(true);

@@ -21,7 +21,7 @@ SystemTray::~SystemTray()
 void SystemTray::init()
 {
     trayIcon = new QSystemTrayIcon(QIcon(QStringLiteral(":/MainWindow/Images/vpnlogo.ico")), this);
-    trayIcon->setToolTip(QStringLiteral("Tavrin"));
+    applyToolTip();
 
     menu = new QMenu;
     showAction = new QAction(QStringLiteral("Tavrin"), menu);
@@ -107,9 +107,21 @@ void SystemTray::setStatusConnected(bool notify)
     setIconPath(QStringLiteral(":/resources/eye-gray-dark.svg"));
 }
 
+void SystemTray::setBlocked(bool blocked)
+{
+    m_blocked = blocked;
+    applyToolTip();
+}
+
+void SystemTray::applyToolTip()
+{
+    trayIcon->setToolTip(m_blocked ? tr("Tavrin: Internet blocked by the kill switch") : QStringLiteral("Tavrin"));
+}
+
 void SystemTray::retranslate()
 {
     applyConnectText();
+    applyToolTip();
     reconnectAction->setText(tr("Reconnect"));
     disconnectAction->setText(tr("Disconnect"));
     quitAction->setText(tr("Quit"));

@@ -33,6 +33,8 @@ public:
     // The tunnel is being set up again (after a link loss, say): it can still be ended.
     void setStatusReestablishing();
     void setStatusConnected(bool notify);
+    // The kill switch blocks all traffic but the program's own: the tooltip says so.
+    void setBlocked(bool blocked);
     void retranslate();
     void loadIcons();
     void removeNotification();
@@ -56,6 +58,7 @@ protected:
 private:
     void setIconPath(const QString& path);
     void applyConnectText();
+    void applyToolTip();
 
     QSystemTrayIcon* trayIcon = nullptr;
     QMenu* menu = nullptr;
@@ -68,4 +71,5 @@ private:
     qint32 status = 0;
     QString activeServer;
     QString m_iconPath;
+    bool m_blocked = false;
 };

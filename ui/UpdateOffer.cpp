@@ -5,6 +5,7 @@
 #include "ConnectWindow.h"
 #include "CustomMessageBox.h"
 #include "MainWindow.h"
+#include "NetworkManager.h"
 #include "ProgressDlg.h"
 #include "SoftwareUpdater.h"
 #include "SystemTray.h"
@@ -23,8 +24,21 @@ void UpdateOffer::check()
 {
     m_updater.reset(new SoftwareUpdater, &QObject::deleteLater);
     connect(m_updater.data(), &SoftwareUpdater::newUpdate, this, &UpdateOffer::onNewVersion);
-    connect(m_updater.data(), &SoftwareUpdater::versionError, this, &UpdateOffer::checkFailed);
+    connect(NetworkManager::instance(),
+            &NetworkManager::programUpdate,
+            this,
+            &UpdateOffer::onCheckAnswered,
+            Qt::UniqueConnection);
     m_updater->check();
+}
+
+void UpdateOffer::onCheckAnswered(const QString& version, const QString& link, bool answered)
+{
+    Q_UNUSED(version)
+    Q_UNUSED(link)
+    // An answer without an offer needs no retry; only a check that got no answer does.
+    if (!answered)
+        emit checkFailed();
 }
 
 void UpdateOffer::onNewVersion()

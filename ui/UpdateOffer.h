@@ -24,7 +24,7 @@ public:
     ProgressDlg* progressDialog() const { return m_progressDlg.data(); }
 
 signals:
-    // The check got no usable answer; whoever schedules the checks decides when to ask again.
+    // The check got no answer from the service; whoever schedules the checks decides when to ask again.
     void checkFailed();
 
 public slots:
@@ -34,6 +34,7 @@ public slots:
 
 private:
     void onNewVersion();
+    void onCheckAnswered(const QString& version, const QString& link, bool answered);
     void onConfirm();
     void onCancel();
     void onDownloadFailed();

@@ -4,9 +4,9 @@
 #include <QEventLoop>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QNetworkRequest>
 #include <QScopedPointer>
 
+#include "ServiceAddresses.h"
 #include "ServiceTls.h"
 
 DownloadConfig::DownloadConfig(QString link, QObject* parent)
@@ -23,9 +23,7 @@ void DownloadConfig::run()
         qWarning().noquote() << QStringLiteral("The certificate of %1 did not verify: %2")
                                     .arg(failed->url().host(), ServiceTls::describe(errors));
     });
-    QNetworkRequest request {QUrl(url)};
-    request.setSslConfiguration(ServiceTls::configuration());
-    QScopedPointer<QNetworkReply> reply(manager.get(request));
+    QScopedPointer<QNetworkReply> reply(manager.get(ServiceAddresses::request(QUrl(url))));
     loop.exec();
     if (reply->error() != QNetworkReply::NoError) {
         success = false;

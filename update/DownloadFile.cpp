@@ -2,8 +2,8 @@
 
 #include <QDebug>
 #include <QNetworkAccessManager>
-#include <QNetworkRequest>
 
+#include "ServiceAddresses.h"
 #include "ServiceTls.h"
 
 DownloadFile::DownloadFile(const QString& link, QObject* parent)
@@ -33,9 +33,7 @@ void DownloadFile::start(const QString& name)
         emit finished(false);
         return;
     }
-    QNetworkRequest request {QUrl(url)};
-    request.setSslConfiguration(ServiceTls::configuration());
-    reply = manager->get(request);
+    reply = manager->get(ServiceAddresses::request(QUrl(url)));
     connect(reply, &QNetworkReply::sslErrors, this, &DownloadFile::onSslErrors);
     connect(reply, &QNetworkReply::downloadProgress, this, &DownloadFile::onDownloadProgress);
     connect(reply, &QNetworkReply::errorOccurred, this, &DownloadFile::onError);

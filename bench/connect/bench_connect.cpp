@@ -33,6 +33,7 @@ public:
     void setTrayStatusConnecting() override { }
     void setTrayStatusReestablishing() override { }
     void setTrayActiveServer(QString&) override { }
+    void setTrayBlocked(bool) override { }
 };
 
 // OpenVPN that connects as soon as it has the credentials, then stops when told.

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>جدّده على الموقع لتبقى محميًا.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>اقطع الاتصال أولاً لتغيير الإعدادات</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>يحجب مفتاح الإيقاف الإنترنت ما دمت غير متصل.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>تغيير</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>إلغاء</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>فتح في متصفح</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>تعذّر فتح متصفح ويب. انسخ هذا الرابط إلى متصفح:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>يحجب مفتاح الإيقاف الإنترنت ما دمت غير متصل، لذا لا يمكن تحميل هذه الصفحة الآن. اتصل أولًا أو أوقف مفتاح الإيقاف، ثم افتح هذا الرابط:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>اتصال VPN نشط. هل تريد قطع الاتصال والخروج؟</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>تغيير حساب VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>اتصال VPN نشط. 
+هل تريد قطع الاتصال وتغيير حساب VPN؟</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnect and logout?</source>
         <location line="+1"/>
         <source>Continue</source>
         <translation>متابعة</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 م.ث</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>زمن الاستجابة غير معروف: لم يُقَس بعد، أو لم يستجب الخادم</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>الاتصال بـ %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: الإنترنت محجوب بمفتاح الإيقاف</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Verlängern Sie es auf der Website, um geschützt zu bleiben.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Trennen Sie zuerst die Verbindung, um die Einstellungen zu ändern</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>Der Kill Switch sperrt das Internet, solange Sie nicht verbunden sind.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Ändern</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>In einem Browser öffnen</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Es konnte kein Webbrowser geöffnet werden. Kopieren Sie diesen Link in einen Browser:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>Der Kill Switch sperrt das Internet, solange Sie nicht verbunden sind, daher kann diese Seite jetzt nicht geladen werden. Verbinden Sie sich zuerst oder schalten Sie den Kill Switch aus und öffnen Sie dann diesen Link:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Trennen und abmelden?</translation>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>Die VPN-Verbindung ist aktiv. Trennen und beenden?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>VPN-Login wechseln</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>Die VPN-Verbindung ist aktiv. 
+Trennen und den VPN-Login wechseln?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Trennen und abmelden?</translation>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Weiter</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Latenz unbekannt: noch nicht gemessen, oder der Server hat nicht geantwortet</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Trennen und abmelden?</translation>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Mit %1 verbinden</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: Internet durch den Kill Switch gesperrt</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -179,6 +191,18 @@
     <message>
         <location line="+1"/>
         <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -298,6 +322,15 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -336,6 +369,19 @@ Disconnect and logout?</source>
     <message>
         <location line="+1"/>
         <source>Continue</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -524,6 +570,10 @@ Disconnect and logout?</source>
     <message>
         <location line="+3"/>
         <source>Connect %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

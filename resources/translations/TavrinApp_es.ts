@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Renuévela en el sitio para seguir protegido.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Desconéctese primero para cambiar los ajustes</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>El interruptor de emergencia bloquea Internet mientras no estés conectado.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Cambiar</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Cancelar</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Abrir en un navegador</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>No se pudo abrir ningún navegador web. Copie este enlace en uno:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>El interruptor de emergencia bloquea Internet mientras no estés conectado, así que esta página no puede cargarse ahora. Conéctate primero o desactiva el interruptor de emergencia y luego abre este enlace:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>La conexión VPN está activa. ¿Desconectar y salir?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Cambiar usuario VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>La conexión VPN está activa. 
+¿Desconectar y cambiar el usuario VPN?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnect and logout?</source>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Continuar</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Latencia desconocida: aún no se ha medido o el servidor no ha respondido</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Conectar a %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: Internet bloqueado por el interruptor de emergencia</translation>
     </message>
 </context>
 <context>

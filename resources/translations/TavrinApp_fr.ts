@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Renouvelez-le sur le site pour rester protégé.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Déconnectez-vous d'abord pour modifier les paramètres</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>La coupure d’urgence bloque Internet tant que vous n’êtes pas connecté.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Modifier</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Annuler</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Ouvrir dans un navigateur</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Aucun navigateur web n'a pu être ouvert. Copiez ce lien dans un navigateur :</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>La coupure d’urgence bloque Internet tant que vous n’êtes pas connecté : cette page ne peut pas se charger pour l’instant. Connectez-vous d’abord ou désactivez la coupure d’urgence, puis ouvrez ce lien :</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Se déconnecter du VPN et du compte ?</translation>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>La connexion VPN est active. Se déconnecter et quitter ?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Changer d'identifiant VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>La connexion VPN est active. 
+Se déconnecter et changer d'identifiant VPN ?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Se déconnecter du VPN et du compte ?</translation>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Continuer</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Latence inconnue : pas encore mesurée, ou le serveur n’a pas répondu</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Se déconnecter du VPN et du compte ?</translation>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Se connecter à %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin : Internet bloqué par la coupure d’urgence</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>सुरक्षित रहने के लिए साइट पर इसे नवीनीकृत करें।</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>सेटिंग्स बदलने के लिए पहले डिस्कनेक्ट करें</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>जब तक आप कनेक्ट नहीं हैं, किल स्विच इंटरनेट को रोके रखता है।</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>बदलें</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>रद्द करें</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>ब्राउज़र में खोलें</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>कोई वेब ब्राउज़र नहीं खोला जा सका। यह लिंक किसी ब्राउज़र में कॉपी करें:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>जब तक आप कनेक्ट नहीं हैं, किल स्विच इंटरनेट को रोके रखता है, इसलिए यह पेज अभी लोड नहीं हो सकता। पहले कनेक्ट करें या किल स्विच बंद करें, फिर यह लिंक खोलें:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>VPN कनेक्शन सक्रिय है। डिस्कनेक्ट करके बाहर निकलें?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>VPN लॉगिन बदलें</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>VPN कनेक्शन सक्रिय है। 
+डिस्कनेक्ट करके VPN लॉगिन बदलें?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnect and logout?</source>
         <location line="+1"/>
         <source>Continue</source>
         <translation>जारी रखें</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 मि.से.</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>विलंबता अज्ञात: अभी मापी नहीं गई, या सर्वर ने उत्तर नहीं दिया</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>%1 से कनेक्ट करें</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: किल स्विच ने इंटरनेट रोका है</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Rinnovalo sul sito per restare protetto.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Disconnettiti prima di modificare le impostazioni</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>L’interruttore di emergenza blocca Internet finché non sei connesso.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Modifica</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Annulla</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Apri in un browser</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Impossibile aprire un browser web. Copia questo link in un browser:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>L’interruttore di emergenza blocca Internet finché non sei connesso, quindi questa pagina ora non può caricarsi. Connettiti prima o disattiva l’interruttore di emergenza, poi apri questo link:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnettere ed uscire dall&apos;account?</translation>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>La connessione VPN è attiva. Disconnettere e uscire?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Cambia login VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>La connessione VPN è attiva. 
+Disconnettere e cambiare il login VPN?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnettere ed uscire dall&apos;account?</translation>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Continua</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Latenza sconosciuta: non ancora misurata, oppure il server non ha risposto</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnettere ed uscire dall&apos;account?</translation>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Connetti a %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: Internet bloccato dall’interruttore di emergenza</translation>
     </message>
 </context>
 <context>

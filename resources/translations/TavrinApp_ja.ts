@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>保護を続けるにはサイトで更新してください。</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>設定を変更するには、先に切断してください</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>接続していない間は、キルスイッチがインターネットを遮断します。</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>変更</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>キャンセル</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>ブラウザーで開く</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Web ブラウザーを開けませんでした。このリンクをブラウザーにコピーしてください:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>接続していない間はキルスイッチがインターネットを遮断しているため、このページは今は読み込めません。先に接続するか、キルスイッチをオフにしてから、このリンクを開いてください：</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>VPN 接続が有効です。切断して終了しますか？</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>VPN ログインを変更</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>VPN 接続が有効です。 
+切断して VPN ログインを変更しますか？</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnect and logout?</source>
         <location line="+1"/>
         <source>Continue</source>
         <translation>続行</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ミリ秒</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>遅延は不明です：まだ測定されていないか、サーバーが応答しませんでした</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>%1 に接続</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: キルスイッチによりインターネットを遮断中</translation>
     </message>
 </context>
 <context>

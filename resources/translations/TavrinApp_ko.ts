@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>보호를 유지하려면 사이트에서 갱신하세요.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>설정을 변경하려면 먼저 연결을 끊으세요</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>연결되어 있지 않은 동안 킬 스위치가 인터넷을 차단합니다.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>변경</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>취소</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>브라우저에서 열기</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>웹 브라우저를 열 수 없습니다. 이 링크를 브라우저에 복사하세요:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>연결되어 있지 않은 동안 킬 스위치가 인터넷을 차단하므로 지금은 이 페이지를 열 수 없습니다. 먼저 연결하거나 킬 스위치를 끈 다음 이 링크를 여세요:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>VPN 연결이 활성 상태입니다. 연결을 끊고 종료할까요?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>VPN 로그인 변경</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>VPN 연결이 활성 상태입니다. 
+연결을 끊고 VPN 로그인을 변경할까요?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnect and logout?</source>
         <location line="+1"/>
         <source>Continue</source>
         <translation>계속</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>지연 시간 알 수 없음: 아직 측정되지 않았거나 서버가 응답하지 않았습니다</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>%1에 연결</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: 킬 스위치가 인터넷을 차단함</translation>
     </message>
 </context>
 <context>

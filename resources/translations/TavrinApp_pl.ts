@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Odnów ją na stronie, aby pozostać chronionym.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Najpierw rozłącz, aby zmienić ustawienia</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>Wyłącznik awaryjny blokuje internet, dopóki nie masz połączenia.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Zmień</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Anuluj</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Otwórz w przeglądarce</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Nie udało się otworzyć przeglądarki internetowej. Skopiuj ten link do przeglądarki:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>Wyłącznik awaryjny blokuje internet, dopóki nie masz połączenia, więc ta strona nie może się teraz wczytać. Najpierw połącz się albo wyłącz wyłącznik awaryjny, a potem otwórz ten link:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Rozłączyć i wylogować?</translation>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>Połączenie VPN jest aktywne. Rozłączyć i zakończyć?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Zmień login VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>Połączenie VPN jest aktywne. 
+Rozłączyć i zmienić login VPN?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Rozłączyć i wylogować?</translation>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Dalej</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Opóźnienie nieznane: jeszcze nie zmierzone lub serwer nie odpowiedział</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Rozłączyć i wylogować?</translation>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Połącz z %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: internet zablokowany przez wyłącznik awaryjny</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Renove no site para continuar protegido.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Desconecte primeiro para alterar as configurações</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>O interruptor de emergência bloqueia a Internet enquanto você não estiver conectado.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Alterar</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Cancelar</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Abrir em um navegador</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Não foi possível abrir um navegador. Copie este link para um navegador:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>O interruptor de emergência bloqueia a Internet enquanto você não estiver conectado, por isso esta página não pode carregar agora. Conecte-se primeiro ou desligue o interruptor de emergência e depois abra este link:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Desconectar e sair?</translation>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>A conexão VPN está ativa. Desconectar e sair?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Alterar login VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>A conexão VPN está ativa. 
+Desconectar e alterar o login VPN?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Desconectar e sair?</translation>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Continuar</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Latência desconhecida: ainda não medida, ou o servidor não respondeu</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Desconectar e sair?</translation>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Conectar a %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: Internet bloqueada pelo interruptor de emergência</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Продлите её на сайте, чтобы оставаться под защитой.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Сначала отключитесь, чтобы изменить настройки</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>Пока вы не подключены, аварийный выключатель блокирует интернет.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Изменить</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Отмена</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Открыть в браузере</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Не удалось открыть веб-браузер. Скопируйте эту ссылку в браузер:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>Пока вы не подключены, аварийный выключатель блокирует интернет, поэтому сейчас эта страница не загрузится. Сначала подключитесь или отключите аварийный выключатель, затем откройте эту ссылку:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>VPN-подключение активно. Отключиться и выйти?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Смена логина VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>VPN-подключение активно. 
+Отключиться и сменить логин VPN?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnect and logout?</source>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Продолжить</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 мс</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Задержка неизвестна: ещё не измерена или сервер не ответил</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Подключиться к %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: интернет заблокирован аварийным выключателем</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Korunmaya devam etmek için sitede yenileyin.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Ayarları değiştirmek için önce bağlantıyı kesin</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>Bağlı olmadığınız sürece acil durum kesicisi interneti engeller.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Değiştir</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>İptal</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Tarayıcıda aç</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Hiçbir web tarayıcısı açılamadı. Bu bağlantıyı bir tarayıcıya kopyalayın:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>Bağlı olmadığınız sürece acil durum kesicisi interneti engellediği için bu sayfa şu anda yüklenemez. Önce bağlanın ya da acil durum kesicisini kapatın, ardından bu bağlantıyı açın:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Bağlantı kesilip çıkış yapılsın mı?</translation>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>VPN bağlantısı etkin. Bağlantı kesilip çıkılsın mı?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>VPN girişini değiştir</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>VPN bağlantısı etkin. 
+Bağlantı kesilip VPN girişi değiştirilsin mi?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Bağlantı kesilip çıkış yapılsın mı?</translation>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Devam</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Gecikme bilinmiyor: henüz ölçülmedi ya da sunucu yanıt vermedi</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Bağlantı kesilip çıkış yapılsın mı?</translation>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>%1 sunucusuna bağlan</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: İnternet acil durum kesicisi tarafından engellendi</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Продовжте її на сайті, щоб залишатися під захистом.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Спершу відключіться, щоб змінити налаштування</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>Поки ви не підключені, аварійний вимикач блокує інтернет.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Змінити</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Скасувати</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Відкрити в браузері</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Не вдалося відкрити веббраузер. Скопіюйте це посилання в браузер:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>Поки ви не підключені, аварійний вимикач блокує інтернет, тому зараз ця сторінка не завантажиться. Спершу підключіться або вимкніть аварійний вимикач, а тоді відкрийте це посилання:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Disconnect and logout?</source>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>VPN-підключення активне. Відключитися й вийти?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Зміна логіна VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>VPN-підключення активне. 
+Відключитися й змінити логін VPN?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Disconnect and logout?</source>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Продовжити</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 мс</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Затримка невідома: ще не виміряна, або сервер не відповів</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Disconnect and logout?</source>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Під&apos;єднатися до %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: інтернет заблоковано аварійним вимикачем</translation>
     </message>
 </context>
 <context>

@@ -153,6 +153,18 @@
         <source>Renew it on the site to stay protected.</source>
         <translation>Hãy gia hạn trên trang web để tiếp tục được bảo vệ.</translation>
     </message>
+    <message>
+        <source>Disconnect first to change the settings</source>
+        <translation>Hãy ngắt kết nối trước để thay đổi cài đặt</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected.</source>
+        <translation>Ngắt kết nối khẩn cấp chặn Internet khi bạn chưa kết nối.</translation>
+    </message>
+    <message>
+        <source>Change</source>
+        <translation>Thay đổi</translation>
+    </message>
 </context>
 <context>
     <name>CustomMessageBox</name>
@@ -180,6 +192,18 @@
         <location line="+1"/>
         <source>Cancel</source>
         <translation>Hủy</translation>
+    </message>
+    <message>
+        <source>Open in a browser</source>
+        <translation>Mở trong trình duyệt</translation>
+    </message>
+    <message>
+        <source>No web browser could be opened. Copy this link into one:</source>
+        <translation>Không thể mở trình duyệt web nào. Hãy sao chép liên kết này vào trình duyệt:</translation>
+    </message>
+    <message>
+        <source>The kill switch blocks the Internet while you are not connected, so this page cannot load now. Connect first, or turn the kill switch off, then open this link:</source>
+        <translation>Ngắt kết nối khẩn cấp chặn Internet khi bạn chưa kết nối, nên trang này chưa thể tải lúc này. Hãy kết nối trước hoặc tắt ngắt kết nối khẩn cấp, rồi mở liên kết này:</translation>
     </message>
 </context>
 <context>
@@ -299,6 +323,16 @@ Ngắt kết nối và đăng xuất?</translation>
         <source>VPN connection is active. Disconnect and exit?</source>
         <translation>Kết nối VPN đang hoạt động. Ngắt kết nối và thoát?</translation>
     </message>
+    <message>
+        <source>Change VPN login</source>
+        <translation>Đổi tài khoản VPN</translation>
+    </message>
+    <message>
+        <source>VPN connection is active. 
+Disconnect and change the VPN login?</source>
+        <translation>Kết nối VPN đang hoạt động. 
+Ngắt kết nối và đổi tài khoản VPN?</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDlg</name>
@@ -338,6 +372,19 @@ Ngắt kết nối và đăng xuất?</translation>
         <location line="+1"/>
         <source>Continue</source>
         <translation>Tiếp tục</translation>
+    </message>
+</context>
+<context>
+    <name>ServerItemDelegate</name>
+    <message>
+        <location filename="../../ui/ServerItemDelegate.cpp" line="+41"/>
+        <source>%1 ms</source>
+        <translation>%1 ms</translation>
+    </message>
+    <message>
+        <location line="+19"/>
+        <source>Latency unknown: not measured yet, or the server did not answer</source>
+        <translation>Chưa rõ độ trễ: chưa được đo, hoặc máy chủ không phản hồi</translation>
     </message>
 </context>
 <context>
@@ -526,6 +573,10 @@ Ngắt kết nối và đăng xuất?</translation>
         <location line="+3"/>
         <source>Connect %1</source>
         <translation>Kết nối tới %1</translation>
+    </message>
+    <message>
+        <source>Tavrin: Internet blocked by the kill switch</source>
+        <translation>Tavrin: Internet bị chặn bởi ngắt kết nối khẩn cấp</translation>
     </message>
 </context>
 <context>

@@ -151,6 +151,23 @@ private slots:
         // Every answer of the client was awaited or injected: no request went out unasked, e.g. a dropped retry.
         QCOMPARE(m_answers + m_lists, 0);
     }
+
+    // s: a sign-in's check, r: a failed check retried.
+    void updateRetries_data()
+    {
+        QTest::addColumn<QString>("events");
+        QTest::addColumn<int>("delay");
+        QTest::newRow("each failure doubles the pause") << "srrr" << 4000;
+        QTest::newRow("never more than an hour") << "s" + QString(20, QLatin1Char('r')) << 3600 * 1000;
+        QTest::newRow("a sign-in starts over") << "srrrsr" << 1000;
+    }
+    void updateRetries()
+    {
+        QFETCH(QString, events);
+        for (const QChar event : events)
+            event == QLatin1Char('s') ? m_session->scheduleUpdateCheck() : m_session->retryUpdateCheck();
+        QTEST(m_session->updateCheckDelay(), "delay");
+    }
 };
 
 TAVRIN_API_TEST_MAIN(TestAccountSession)

@@ -95,9 +95,9 @@ private slots:
 
     void sequences_data()
     {
-        // Steps: press, auto, up, down, error, zone (the service's late answer), "until STATE", "press-at STATE"
-        // (a press the moment the state is entered), "result N" (the daemon's answer from now on), "failed N"
-        // (wait for the Nth failure), "requests N" (wait for N daemon requests).
+        // Steps: press, auto, reload (the page's settings again), up, down, error, zone (the service's late answer),
+        // "until STATE", "press-at STATE" (a press the moment the state is entered), "result N" (the daemon's answer
+        // from now on), "failed N" (wait for the Nth failure), "requests N" (wait for N daemon requests).
         QTest::addColumn<QString>("settings");
         QTest::addColumn<QString>("script");
         QTest::addColumn<QStringList>("steps");
@@ -111,27 +111,20 @@ private slots:
         QTest::newRow("udp with kill switch and zone: rules before and after, zone set and restored")
             << "udp killswitch zone" << connectAndStop
             << QStringList {"press", "until Connected", "requests 6", "press", "until Idle"}
-            << QList<int> {2, 3, 4, 2, 0, 1, 5, 1} << "SOCRTZIz" << QStringList {"connected", "zone"};
-        QTest::newRow("stealth through a real stunnel")
-            << "stealth" << connectAndStop << QStringList {"press", "until Connected", "press", "until Idle"}
-            << QList<int> {2, 3, 4, 2, 0, 1, 5, 1} << "R" << QStringList {"connected"};
+            << QList<int> {2, 3, 4, 2, 0, 1, 5, 1} << "SOCRTZIz"
+            << QStringList {"blocked", "open", "connected", "zone", "blocked"};
         QTest::newRow("press in the pause: nothing started, idle rules at once")
             << "tcp killswitch" << QString() << QStringList {"press", "press", "requests 4"} << QList<int> {2, 1}
-            << "SOCI" << QStringList();
+            << "SOCI" << QStringList {"blocked", "open", "blocked"};
         QTest::newRow("press while the configuration is written: cancelled, idle rules")
             << "stealth killswitch" << QString()
             << QStringList {"press-at Generating", "press", "until Idle", "requests 4"} << QList<int> {2, 3, 1}
-            << "SOCI" << QStringList();
+            << "SOCI" << QStringList {"blocked", "open", "blocked"};
         QTest::newRow("daemon refuses to start OpenVPN: two silent retries, then the message once")
             << "tcp" << QString()
             << QStringList {"result 0", "press", "failed 1", "until Idle", "press", "failed 2", "until Idle"}
             << threeFailed + threeFailed << "RRRRRR"
             << QStringList {"failed Can not connet to helper", "failed Can not connet to helper"};
-        // The recorded OpenVPN reports the failure, then ends: its end arrives while the next attempt waits.
-        QTest::newRow("wrong password: the late end of each attempt is not taken for the next one's")
-            << "tcp wrongpassword"
-            << "real-wrong-password.txt" << QStringList {"press", "failed 1", "until Idle"} << threeFailed << "RRR"
-            << QStringList {"failed Invalid username or password"};
         // This OpenVPN stays up after the refusal: its end comes only when the next attempt stops it.
         QTest::newRow("refused, OpenVPN still up: its end on the next start is not that start's")
             << "tcp"
@@ -149,6 +142,10 @@ private slots:
             << "tcp autoconnect"
             << "quiet" << QStringList {"auto", "auto", "until Starting", "auto"} << QList<int> {2, 3, 4, 2} << "R"
             << QStringList();
+        QTest::newRow("auto-connect once per run, though the page reloads the settings")
+            << "tcp autoconnect"
+            << "quiet" << QStringList {"auto", "until Starting", "up", "press", "down", "until Idle", "reload", "auto"}
+            << QList<int> {2, 3, 4, 2, 0, 1, 5, 1} << "R" << QStringList {"connected"};
         QTest::newRow("zone support refused: option off, no zone set")
             << "tcp zone"
             << "quiet" << QStringList {"press", "until Starting", "result 0", "up", "requests 2", "up"}
@@ -157,6 +154,11 @@ private slots:
             << "tcp zone"
             << "quiet" << QStringList {"press", "until Starting", "up", "press", "down", "zone", "requests 3"}
             << QList<int> {2, 3, 4, 2, 0, 1, 5, 1} << "RTz" << QStringList {"connected"};
+        QTest::newRow("udp on a location without udp ports: the selection goes, a press asks for one")
+            << "udp lacking" << QString() << QStringList {"press"} << QList<int> {} << "" << QStringList {"location"};
+        QTest::newRow("stealth on a location without a stealth port: the same")
+            << "stealth lacking" << QString() << QStringList {"press"} << QList<int> {} << ""
+            << QStringList {"location"};
         QTest::newRow("no template: a message, the attempt stops, auto-connect is tried once")
             << "tcp autoconnect notemplate" << QString() << QStringList {"auto", "auto", "auto"} << QList<int> {2} << ""
             << QStringList {"notice NoConfig"};
@@ -187,7 +189,7 @@ private slots:
         if (settings.contains("notemplate"))
             materials.config.clear();
 
-        auto controller = std::make_unique<ConnectionController>(&materials, QStringLiteral("127.0.0.1"));
+        auto controller = std::make_unique<ConnectionController>(&materials, QStringList {QStringLiteral("127.0.0.1")});
         QList<int> states;
         QStringList reports;
         State pressAt = State::Ending;
@@ -202,6 +204,10 @@ private slots:
             }
         });
         connect(controller.get(), &ConnectionController::connected, this, [&] { reports << "connected"; });
+        connect(controller.get(), &ConnectionController::locationWanted, this, [&] { reports << "location"; });
+        connect(controller.get(), &ConnectionController::blockingChanged, this, [&](bool blocking) {
+            reports << (blocking ? "blocked" : "open");
+        });
         connect(controller.get(), &ConnectionController::timezoneWanted, this, [&] {
             reports << "zone";
             controller->onTimezoneAnswer(QStringLiteral("Europe/Berlin"), true);
@@ -214,8 +220,10 @@ private slots:
                     + QMetaEnum::fromType<ConnectionController::Notice>().valueToKey(int(notice));
         });
         QVector<ServerInfo> servers {server("Frankfurt", "10.99.0.1"), server("Amsterdam", "10.99.0.2")};
-        if (settings.contains("wrongpassword"))
-            servers[0].password = QStringLiteral("wrong");
+        if (settings.contains("lacking")) {
+            servers[0].udpPorts.clear();
+            servers[0].sslPort = 0;
+        }
         controller->setServers(servers);
         controller->selectServer(ServerIdentif(QStringLiteral("alice"), QStringLiteral("Frankfurt")));
         controller->loadSettings();
@@ -230,6 +238,8 @@ private slots:
                 controller->toggle();
             } else if (word == QLatin1String("auto")) {
                 controller->autoConnect();
+            } else if (word == QLatin1String("reload")) {
+                controller->loadSettings();
             } else if (word == QLatin1String("up")) {
                 controller->onConnected();
             } else if (word == QLatin1String("down")) {
@@ -257,6 +267,9 @@ private slots:
         QTEST(states, "states");
         QTEST(letters(daemon.requests()), "requests");
         QTEST(reports, "reports");
+        // A location that lacks the protocol is dropped, not kept for a connection that cannot be made.
+        if (settings.contains("lacking"))
+            QCOMPARE(local->value(Keys::LastLocation).toString(), QString());
         if (reports.contains("notice TimezoneUnsupported"))
             QCOMPARE(local->value(Keys::ChangeTimezone).toBool(), false);
         controller.reset();
@@ -272,7 +285,7 @@ private slots:
         daemon.setBehaviour(FakeHelperDaemon::Behaviour::StaySilent);
         LocalSettings::instance()->setValue(Keys::KillConnect, true);
         Materials materials;
-        ConnectionController controller(&materials, QStringLiteral("127.0.0.1"));
+        ConnectionController controller(&materials, {QStringLiteral("127.0.0.1")});
         QList<ConnectionController::Notice> notices;
         connect(&controller, &ConnectionController::notice, this, [&](auto notice) { notices << notice; });
         controller.setServers({server("Frankfurt", "10.99.0.1")});
@@ -286,32 +299,10 @@ private slots:
         QCOMPARE(notices.at(0), ConnectionController::Notice::FirewallUnsupported);
     }
 
-    void protocolTheServerLacks_data()
-    {
-        QTest::addColumn<QString>("protocol");
-        QTest::newRow("udp on a server without udp ports") << "udp";
-        QTest::newRow("stealth on a server without a stealth port") << "stealth";
-    }
-    void protocolTheServerLacks()
-    {
-        QFETCH(QString, protocol);
-        ServerInfo lacking = server("Frankfurt", "10.99.0.1");
-        (protocol == QLatin1String("udp") ? lacking.udpPorts.clear() : void(lacking.sslPort = 0));
-        Materials materials;
-        ConnectionController controller(&materials, QString());
-        controller.setServers({lacking});
-        controller.selectServer(ServerIdentif(QStringLiteral("alice"), QStringLiteral("Frankfurt")));
-        LocalSettings::instance()->setValue(Keys::OvpnProtocol, protocol);
-        controller.loadSettings();
-        // The location is dropped, not kept for a connection that cannot be made.
-        QVERIFY(controller.currentServer().ip.isEmpty());
-        QCOMPARE(LocalSettings::instance()->value(Keys::LastLocation).toString(), QString());
-    }
-
     void allowListNamesEachAddressOnce()
     {
         Materials materials;
-        ConnectionController controller(&materials, QStringLiteral("127.0.0.1"));
+        ConnectionController controller(&materials, {QStringLiteral("127.0.0.1")});
         controller.setServers({server("Frankfurt", "10.99.0.1"),
                                server("Frankfurt 2", "10.99.0.1"),
                                server("Amsterdam", "10.99.0.2"),

@@ -80,6 +80,17 @@ private slots:
         QCOMPARE(stopped.count(), 0);
     }
 
+    // Stopped the moment after its start (a connection cancelled while its configuration is written), before
+    // stunnel has named itself: none is left running.
+    void stopRightAfterStartLeavesNone()
+    {
+        StunnelManager manager;
+        manager.setConfigAndRunProcess(QStringLiteral("127.0.0.1"), 9, QStringLiteral("a.example"));
+        manager.killProcess();
+        QTest::qWait(500);
+        QVERIFY(!accepts(manager.getPort()));
+    }
+
     // The pid file lies in /tmp: another local user can write it, or put a link there.
     void signalsOnlyItsOwnStunnel_data()
     {

@@ -12,7 +12,8 @@ files="$(dpkg-deb -c "$deb" | awk '{print $6}')"
 for f in ./usr/bin/tavrin ./usr/sbin/tavrin-helperd ./usr/lib/systemd/system/tavrin-helperd.service \
          ./usr/share/tavrin/script/update-resolv-conf.sh ./usr/share/applications/tavrin.desktop \
          ./usr/share/icons/hicolor/scalable/apps/tavrin.svg ./usr/share/doc/tavrin/copyright \
-         ./usr/share/doc/tavrin/changelog.gz; do
+         ./usr/share/doc/tavrin/changelog.gz ./usr/share/man/man1/tavrin.1.gz \
+         ./usr/share/man/man8/tavrin-helperd.8.gz; do
     grep -qx -- "$f" <<<"$files" || fail "missing $f"
 done
 grep -q -- '-rwxr-xr-x .* ./usr/share/tavrin/script/update-resolv-conf.sh' <(dpkg-deb -c "$deb") \

@@ -1,6 +1,7 @@
 #include <QtTest>
 
 #include "PingManager.h"
+#include "PingWrapper.h"
 #include "TestEnvironment.h"
 
 #if defined(__SANITIZE_THREAD__)
@@ -98,25 +99,72 @@ private slots:
     void resultFiling_data()
     {
         QTest::addColumn<bool>("success");
+        QTest::addColumn<double>("timeMs");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QList<int>>("pings");
-        QTest::newRow("success truncates the time") << true << "b" << QList<int>({0, 37});
-        QTest::newRow("failure keeps the old latency") << false << "b" << QList<int>({0, 0});
-        QTest::newRow("late result of an earlier pass changes nothing") << true << "old" << QList<int>({0, 0});
+        QTest::newRow("success truncates the time") << true << 37.9 << "b" << QList<int>({0, 37});
+        QTest::newRow("an answer within a millisecond is not 0") << true << 0.06 << "b" << QList<int>({0, 1});
+        QTest::newRow("failure keeps the old latency") << false << 37.9 << "b" << QList<int>({0, 0});
+        QTest::newRow("late result of an earlier pass changes nothing") << true << 37.9 << "old" << QList<int>({0, 0});
     }
     void resultFiling()
     {
         QFETCH(bool, success);
+        QFETCH(double, timeMs);
         QFETCH(QString, name);
         PingManager manager;
         manager.pingServers(serversNamed({"old"}));
         manager.pingServers(serversNamed({"b", "a"}));
         settle(manager);
-        manager.onPingFinished(success, 37.9, name, QString());
+        manager.onPingFinished(success, timeMs, name, QString());
         QList<int> pings;
         for (const ServerInfo& s : manager.servers())
             pings.append(s.ping);
         QTEST(pings, "pings");
+    }
+
+    // One job against a stand-in that prints what iputils ping prints; it notes its locale and address in runs.txt.
+    void measurement_data()
+    {
+        QTest::addColumn<QByteArray>("output"); // the stand-in's shell commands; empty: no ping on PATH
+        QTest::addColumn<QString>("ip");
+        QTest::addColumn<QString>("ran"); // what the stand-in noted: its locale and address
+        QTest::addColumn<double>("timeMs"); // -1: a failed measurement
+        const auto row = [](const char* name, const QByteArray& output, const char* ip, const char* ran, double ms) {
+            QTest::newRow(name) << output << QString(ip) << QString(ran) << ms;
+        };
+        const QByteArray replies = "echo '64 bytes from 127.0.0.1: icmp_seq=1 ttl=64 time=10.5 ms'\n"
+                                   "echo '64 bytes from 127.0.0.1: icmp_seq=2 ttl=64 time=20.5 ms'\n";
+        const QByteArray summary = "echo '3 packets transmitted, 3 received, 0% packet loss, time 104ms'\n"
+                                   "echo 'rtt min/avg/max/mdev = 10.500/23.456/40.000/7.100 ms'\n";
+        row("the summary's mean", replies + summary, "127.0.0.1", "C 127.0.0.1", 23.456);
+        row("answers without a summary, some lost", replies + "exit 1", "0:0::1", "C ::1", 15.5);
+        row("all lost", "echo '3 packets transmitted, 0 received, 100% packet loss'\nexit 1", "::1", "C ::1", -1);
+        row("garbage", "echo 'rtt min/avg/max/mdev = a/b/c ms'\necho 'bytes from x: time=ms'", "::1", "C ::1", -1);
+        row("hangs past the time-out", replies + "/bin/sleep 10", "127.0.0.1", "C 127.0.0.1", -1);
+        row("missing program", QByteArray(), "127.0.0.1", "", -1);
+        row("an option instead of an address never runs", replies + summary, "-f", "", -1);
+    }
+    void measurement()
+    {
+        QFETCH(QByteArray, output);
+        QFETCH(QString, ip);
+        if (!output.isEmpty()) {
+            const QString script = m_dir.filePath(QStringLiteral("bin/ping"));
+            const QString note = QStringLiteral("#!/bin/sh\nfor a; do last=$a; done\necho \"$LC_ALL $last\" >> '%1'\n")
+                                     .arg(m_dir.filePath(QStringLiteral("runs.txt")));
+            QVERIFY(writeFile(script, note.toUtf8() + output + '\n'));
+            QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
+        }
+        PingWrapper job(QStringLiteral("n"), ip, true, nullptr);
+        job.setAutoDelete(false);
+        QSignalSpy finished(&job, &PingWrapper::pingFinished);
+        job.run();
+        QFETCH(double, timeMs);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(finished.at(0).at(0).toBool(), timeMs >= 0);
+        QCOMPARE(finished.at(0).at(1).toDouble(), qMax(timeMs, 0.0));
+        QTEST(QString::fromUtf8(readFile(m_dir.filePath(QStringLiteral("runs.txt")))).trimmed(), "ran");
     }
 
     void newPassCountsLateResultsOfTheOldOne()

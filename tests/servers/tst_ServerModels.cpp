@@ -121,6 +121,8 @@ private slots:
         addRow("favourites in list order under their header", "z:2:0* a:1:10 m:1:5*", "<*>,z,m,<=>,m,a,z");
         addRow("three lowest standard latencies", "s50:1:50 s10:1:10 s40:1:40 s20:1:20 s30:1:30", "<=>,s10,s20,s30");
         addRow("standard before double whatever the latency", "d1:2:1 s9:1:9 d2:2:2 d3:2:3 d4:2:4", "<=>,s9,d1,d2,d3");
+        addRow("unknown latencies (0, failed) after measured ones", "u:1:0 f:1:-1 m9:1:9 m3:1:3", "<=>,m3,m9,u");
+        addRow("unknown latencies keep the list's order", "z:1:0 a:1:-1 m:1:0 b:1:0", "<=>,z,a,m");
     }
     void favoritesSections()
     {
@@ -140,6 +142,22 @@ private slots:
         sorted.proxy.showAll(search);
         sorted.proxy.showDouble();
         QCOMPARE(outline(sorted.proxy), rows.join(QLatin1Char(',')));
+    }
+
+    void bestLocation_data()
+    {
+        QTest::addColumn<QString>("entries");
+        QTest::addColumn<QString>("best");
+        addRow("nothing measured: the last name", "A:1:0 C:1:0 B:1:-1", "C");
+        addRow("a measured latency beats an unknown one", "A:1:30 B:1:20 C:1:0", "B");
+        addRow("lowest latency, first name among equals", "C:1:20 B:1:20 A:1:40", "B");
+        addRow("empty list", "", "");
+    }
+    void bestLocation()
+    {
+        QFETCH(QString, entries);
+        Sorted sorted(entries);
+        QTEST(sorted.model.getBestLocation().name, "best");
     }
 
     // The page uses this proxy for its standard view and for searching (all servers, by name).
@@ -178,6 +196,25 @@ private slots:
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
         model.setServers(serversFromText(entries));
         QTEST(outline(model), "tree");
+    }
+
+    // Each server here bears its exit's flag, as a double-hop record does; the group shows its own location's.
+    void groupFlag_data()
+    {
+        QTest::addColumn<QString>("entries");
+        QTest::addColumn<QString>("flag");
+        addRow("the standard server of the group's name", "DE-FR:2 DE-AT:2 DE:1", "de");
+        addRow("else the first member", "DE-FR:2 DE-AT:2 DE:2", "fr");
+    }
+    void groupFlag()
+    {
+        QFETCH(QString, entries);
+        QVector<ServerInfo> list = serversFromText(entries);
+        for (ServerInfo& server : list)
+            server.flag = server.name.section(QLatin1Char('-'), -1).toLower();
+        ServerTreeModel model;
+        model.setServers(list);
+        QTEST(model.index(0, 0).data(AbstractServerModel::FlagRole).toString(), "flag");
     }
 
     // The page shows the tree only in its double view, only with double-hop servers, and marks favourites there.

@@ -37,6 +37,7 @@ public:
     }
     void setTrayStatusReestablishing() override { tray.setStatusReestablishing(); }
     void setTrayActiveServer(QString& name) override { tray.setActiveServer(name); }
+    void setTrayBlocked(bool blocked) override { tray.setBlocked(blocked); }
 
     // The tray menu's connect entry, which carries the state and the server name.
     QString trayText() const { return tray.contextMenu()->actions().at(2)->text(); }

@@ -11,6 +11,7 @@
 #include "LocalSettings.h"
 #include "LoginWindow.h"
 #include "NetworkManager.h"
+#include "ServiceAddresses.h"
 #include "SubscriptionPurchaseWindow.h"
 #include "TestEnvironment.h"
 
@@ -159,6 +160,28 @@ private slots:
         }
         QCOMPARE(buyLogins, trusted ? QStringList {loginSent} : QStringList());
         QVERIFY(trusted || m_service.requestCount() == 0);
+    }
+
+    // With no browser to be found, the link is shown in a message to be copied from.
+    void linkWithoutBrowser()
+    {
+        const QByteArray path = qgetenv("PATH");
+        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+        qputenv("PATH", "/nonexistent");
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        CustomMessageBox::openLink(nullptr, QStringLiteral("https://velmora.com/buy"));
+        qputenv("PATH", path);
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "openUrl");
+        QVERIFY(CustomMessageBox::answeredMessages().value(0).text.endsWith(QLatin1String("https://velmora.com/buy")));
+
+        // While the kill switch blocks the Internet no browser is asked: the message says why, with the link.
+        ServiceAddresses::setBypassingLookups(true);
+        CustomMessageBox::setNextAnswer(QMessageBox::Ok);
+        CustomMessageBox::openLink(nullptr, QStringLiteral("https://velmora.com/buy"));
+        ServiceAddresses::setBypassingLookups(false);
+        QCOMPARE(CustomMessageBox::answeredMessages().size(), 2);
+        QVERIFY(CustomMessageBox::answeredMessages().at(1).text.contains(QLatin1String("kill switch")));
+        QVERIFY(!m_opened.contains(QUrl(QStringLiteral("https://velmora.com/buy"))));
     }
 
 private:

@@ -10,6 +10,7 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QSystemTrayIcon>
 
 #include <memory>
 
@@ -83,22 +84,26 @@ private slots:
         m_daemon.reset();
     }
 
-    // What the page and the tray say through a recorded connection of a real OpenVPN and its end; the
-    // sequence itself is the controller's, tested without a window.
-    void connectAndDisconnect()
+    // What the page and the tray say through a recorded connection of a real OpenVPN that loses its tunnel, sets it
+    // up again and is then stopped; the sequence itself is the controller's, tested without a window.
+    void connectLoseTheTunnelAndEnd()
     {
         m_daemon->setManagementScript(
-            ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/real-connect-and-stop.txt")));
+            ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/real-reconnect.txt")));
         setSetting(Keys::OvpnProtocol, QStringLiteral("udp"));
         makePage();
         QTest::mouseClick(m_page->findChild<QPushButton*>("btnConnect"), Qt::LeftButton);
-        QTRY_COMPARE_WITH_TIMEOUT(m_page->state(), int(ConnectWindow::Connected), 15000);
+        const QLabel* status = m_page->findChild<QLabel*>("lbStatus");
+        const QLabel* rates = m_page->findChild<QLabel*>("lbRates");
+        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Re-establishing the connection..."), 15000);
+        QVERIFY(rates->isHidden());
+        QCOMPARE(m_host->trayText(), QStringLiteral("Re-establishing the connection to Frankfurt"));
+        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Connected"), 5000);
+        QVERIFY(!rates->isHidden());
         QCOMPARE(m_host->trayText(), QStringLiteral("Connected to Frankfurt"));
         QCOMPARE(locationButtonText(), QStringLiteral("Show connection"));
         QVERIFY(m_host->connectings > 0);
         QCOMPARE(m_host->backs, 1);
-        QTRY_VERIFY_WITH_TIMEOUT(m_page->receivedTotal() > 0, 5000);
-        QTRY_VERIFY(!m_page->findChild<QLabel*>("lbRates")->text().isEmpty());
 
         m_page->onClickConnect();
         QTRY_VERIFY_WITH_TIMEOUT(m_states.contains(ConnectWindow::Ending), 10000);
@@ -108,22 +113,25 @@ private slots:
         QVERIFY(messages().isEmpty());
     }
 
-    // While OpenVPN sets a lost tunnel up again the page says so, without stale rates, until it is back.
-    void showsTheTunnelBeingSetUpAgain()
+    // While the kill switch's idle rules hold, the page and the tray say that the Internet is blocked, and the
+    // page leads to the setting in one click; lifting the rules takes the notice away.
+    void blockedByTheKillSwitch()
     {
-        m_daemon->setManagementScript(
-            ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/real-reconnect.txt")));
-        setSetting(Keys::OvpnProtocol, QStringLiteral("udp"));
+        setSetting(Keys::KillConnect, true);
         makePage();
-        QTest::mouseClick(m_page->findChild<QPushButton*>("btnConnect"), Qt::LeftButton);
-        const QLabel* status = m_page->findChild<QLabel*>("lbStatus");
-        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Re-establishing the connection..."), 15000);
-        QVERIFY(m_page->findChild<QLabel*>("lbRates")->isHidden());
-        QCOMPARE(m_host->trayText(), QStringLiteral("Re-establishing the connection to Frankfurt"));
-        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Connected"), 5000);
-        QVERIFY(!m_page->findChild<QLabel*>("lbRates")->isHidden());
-        m_page->onClickConnect();
-        QTRY_COMPARE_WITH_TIMEOUT(m_page->state(), int(ConnectWindow::Idle), 15000);
+        m_page->show();
+        const QLabel* blocked = m_page->findChild<QLabel*>("lbBlocked");
+        QVERIFY(blocked->isHidden());
+        m_page->loadSettings();
+        QTRY_VERIFY(m_page->isBlocking());
+        QVERIFY(blocked->isVisible());
+        QCOMPARE(m_host->tray.icon()->toolTip(), QStringLiteral("Tavrin: Internet blocked by the kill switch"));
+        QSignalSpy settings(m_page.get(), &ConnectWindow::settings);
+        emit const_cast<QLabel*>(blocked)->linkActivated(QStringLiteral("settings"));
+        QCOMPARE(settings.size(), 1);
+        m_page->logOut();
+        QTRY_VERIFY(blocked->isHidden());
+        QCOMPARE(m_host->tray.icon()->toolTip(), QStringLiteral("Tavrin"));
     }
 
     // The controller's notices and its final failure become one box each, over the shown window.

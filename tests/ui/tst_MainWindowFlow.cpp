@@ -167,6 +167,17 @@ private slots:
         QVERIFY(!m_window->updateOffer()->progressDialog());
     }
 
+    // An answer without an offer ends the update checks until the next sign-in.
+    void noOfferEndsUpdateChecks()
+    {
+        useOneLogin();
+        makeWindow();
+        QSignalSpy checked(NetworkManager::instance(), &NetworkManager::programUpdate);
+        QCOMPARE(signInAs(), NetworkManager::Success);
+        QVERIFY(checked.wait(20000));
+        QVERIFY(!m_window->session()->isUpdateCheckPending());
+    }
+
     // The helper daemon refuses the downloaded package: the failure is shown and the installed version keeps running.
     void refusedUpdateInstall()
     {
@@ -214,6 +225,10 @@ private slots:
         QVERIFY(list->proxy()->setData(list->proxy()->index(0, 1), true));
         list->selServer(list->proxy()->index(0, 0));
         QTRY_COMPARE_WITH_TIMEOUT(m_window->connectPage()->state(), int(ConnectWindow::Connected), 15000);
+        // Changing the VPN login asks about that, not about logging out; declined, the tunnel stays.
+        CustomMessageBox::setNextAnswer(QMessageBox::No);
+        m_window->onSubscriptionChange();
+        QCOMPARE(CustomMessageBox::answeredMessages().last().title, QStringLiteral("Change VPN login"));
         for (QMessageBox::StandardButton answer : {QMessageBox::No, QMessageBox::Yes}) {
             CustomMessageBox::setNextAnswer(answer);
             m_window->close();

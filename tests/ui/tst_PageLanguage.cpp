@@ -1,5 +1,4 @@
 #include <QAbstractButton>
-#include <QAbstractItemView>
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
@@ -98,12 +97,6 @@ QStringList shownTexts(QWidget* root)
             for (int i = 0; i < box->count(); ++i)
                 texts << box->itemText(i);
         }
-        if (auto* view = qobject_cast<QAbstractItemView*>(widget)) {
-            if (const QAbstractItemModel* model = view->model()) {
-                for (int column = 0; column < model->columnCount(); ++column)
-                    texts << model->headerData(column, Qt::Horizontal).toString();
-            }
-        }
     }
     texts.removeAll(QString());
     return texts;
@@ -186,7 +179,6 @@ private slots:
         QVERIFY(!m_window->connectPage()->getServers().isEmpty());
         // Picked without connecting, as a remembered location comes up after a start.
         m_window->connectPage()->onServerChanged(m_window->connectPage()->getServers().firstKey());
-        QVERIFY(!m_window->connectPage()->currentServer().name.isEmpty());
     }
 
     void everyPageFollowsTheLanguage_data()

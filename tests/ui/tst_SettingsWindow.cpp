@@ -1,6 +1,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
+#include <QLabel>
 #include <QPushButton>
 #include <QtTest>
 
@@ -88,6 +89,26 @@ private slots:
         m_page->launchOnStart()->setChecked(false);
         m_page->saveSettings();
         QVERIFY(!QFile::exists(path));
+    }
+
+    // Each language as its speakers write it, per the locale data, maybe with the country ("español de España").
+    void languageNames()
+    {
+        for (int i = 0; i < m_page->languageBox()->count(); ++i) {
+            const QString name = m_page->languageBox()->itemText(i).toLower() + QLatin1Char(' ');
+            const QLocale locale(m_page->languageBox()->itemData(i).toString());
+            const QString native
+                = locale.language() == QLocale::English ? QStringLiteral("English") : locale.nativeLanguageName();
+            QVERIFY2((native.toLower() + QLatin1Char(' ')).startsWith(name), qPrintable(name));
+        }
+    }
+
+    // "Version:" sits by the number, without the indent of the option notes.
+    void versionTitle()
+    {
+        auto* title = m_page->findChild<QLabel*>(QStringLiteral("lbVersionTitle"));
+        title->ensurePolished();
+        QVERIFY(title->sizeHint().width() - title->fontMetrics().horizontalAdvance(title->text()) <= 2);
     }
 
 private:

@@ -135,7 +135,9 @@ update_offer() {
 
 # The demo account: demo/demo with two VPN logins, the locations above and the template that
 # matches the namespaced servers. With "local" (no PKI) the template is only a placeholder.
-fixture() { # api_base probe_base
+# Without namespaces the program runs on this machine's network and pings every location: then the locations sit
+# on loopback addresses (127.241.0.x), so that no echo request leaves the machine.
+fixture() { # api_base [loopback]
     local config cert key upgrade='"upgrade": {"version": "", "link": ""}'
     if [ -f "$dir/update.deb" ]; then
         upgrade="\"upgrade\": {\"version\": \"$UPDATE_VERSION\", \"link\": \"/download/update.deb\"},"
@@ -152,6 +154,7 @@ fixture() { # api_base probe_base
     local servers="" sep="" name ip flag user group
     for l in "${LOCATIONS[@]}"; do
         IFS='|' read -r name ip flag user group <<<"$l"
+        [ "${2:-}" = loopback ] && ip=127.${ip#*.}
         servers+="$sep{\"name\": \"$name\", \"ip\": \"$ip\", \"tcp\": \"80\", \"udp\": \"1194\", \"ssl\": \"443\","
         servers+=" \"flag\": \"$flag\", \"user\": \"$user\", \"dns\": \"10.242.0.1\", \"group\": \"$group\","
         servers+=" \"sni\": \"www.velmora.com\"}"
@@ -244,7 +247,7 @@ local_up() {
     api=$(free_port 8443)
     probe=$(free_port 8080)
     [ "$probe" = "$api" ] && probe=$(free_port $((api + 1)))
-    fixture "https://127.0.0.1:$api" >"$dir/fixture.json"
+    fixture "https://127.0.0.1:$api" loopback >"$dir/fixture.json"
     start_fake fakeservice "$api" --ca-file "$dir/service-ca.pem"
     start_fake probe-site "$probe" --plain-http
     # The helper port points where nothing listens, so a helper daemon installed on this

@@ -28,6 +28,7 @@ public:
     void setTrayStatusConnecting() override { }
     void setTrayStatusReestablishing() override { }
     void setTrayActiveServer(QString&) override { }
+    void setTrayBlocked(bool) override { }
 };
 
 bool save(QWidget& page, const QDir& dir, const QString& name)

@@ -65,6 +65,10 @@ int main(int argc, char* argv[])
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(root.path() + QStringLiteral("/config")));
     qputenv("XDG_DATA_HOME", QFile::encodeName(root.path() + QStringLiteral("/data")));
     qputenv("TAVRIN_PROBE_URL", "http://127.0.0.1:1/");
+    // The demo account's locations are documentation addresses off this machine: its pings go to a stand-in.
+    QDir().mkpath(root.path() + QStringLiteral("/bin"));
+    QFile::link(QStringLiteral("/bin/true"), root.path() + QStringLiteral("/bin/ping"));
+    qputenv("PATH", QFile::encodeName(root.path() + QStringLiteral("/bin:")) + qgetenv("PATH"));
     QApplication app(argc, argv);
     app.setOrganizationName(QStringLiteral("QOLV"));
     app.setApplicationName(QStringLiteral("Tavrin"));
