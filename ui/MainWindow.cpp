@@ -290,29 +290,25 @@ void MainWindow::onSettings()
     updateSize();
 }
 
-bool MainWindow::askToLogOut(const QString& text)
+bool MainWindow::confirm(const QString& title, const QString& text)
 {
-    return CustomMessageBox::question(this, tr("Logout"), text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
+    return CustomMessageBox::question(this, title, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
         != QMessageBox::No;
 }
 
 void MainWindow::onReturnToSignUp()
 {
     m_returningToSignUp = true;
-    if (askToLogOut(m_connectWindow->isConnected() ? tr("VPN connection is active. \nDisconnect and logout?")
-                                                   : tr("Do you want to logout?")))
+    if (confirm(tr("Logout"),
+                m_connectWindow->isConnected() ? tr("VPN connection is active. \nDisconnect and logout?")
+                                               : tr("Do you want to logout?")))
         m_session->signOut();
 }
 
 void MainWindow::onSubscriptionChange()
 {
     if (m_connectWindow->isConnected()) {
-        if (CustomMessageBox::question(this,
-                                       tr("Change VPN login"),
-                                       tr("VPN connection is active. \nDisconnect and change the VPN login?"),
-                                       QMessageBox::Yes | QMessageBox::No,
-                                       QMessageBox::No)
-            == QMessageBox::No)
+        if (!confirm(tr("Change VPN login"), tr("VPN connection is active. \nDisconnect and change the VPN login?")))
             return;
         m_connectWindow->onClickConnect();
     }
@@ -376,12 +372,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
         return;
     }
     show();
-    if (CustomMessageBox::question(this,
-                                   tr("Exit"),
-                                   tr("VPN connection is active. Disconnect and exit?"),
-                                   QMessageBox::Yes | QMessageBox::No,
-                                   QMessageBox::No)
-        == QMessageBox::No) {
+    if (!confirm(tr("Exit"), tr("VPN connection is active. Disconnect and exit?"))) {
         event->ignore();
         return;
     }

@@ -99,7 +99,8 @@ private:
     void connectSession();
     // Hides the pages given, shows `page` and keeps the window's size.
     void showPage(QWidget* page, std::initializer_list<QWidget*> hidden = {});
-    bool askToLogOut(const QString& text);
+    // A question with Yes and No, No the default: whether the answer was other than No.
+    bool confirm(const QString& title, const QString& text);
     void onSignedIn(const QVector<ServerInfo>& servers);
     void onSignInFailed(NetworkManager::ApiError error);
     void onServerListArrived(const QVector<ServerInfo>& servers);
