@@ -14,13 +14,11 @@
 
 #include <QCoreApplication>
 #include <QDebug>
-#include <QDesktopServices>
 #include <QEvent>
 #include <QEventLoop>
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
 #include <QPushButton>
-#include <QUrl>
 
 namespace {
 

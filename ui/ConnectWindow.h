@@ -29,13 +29,14 @@ class ConnectWindow : public QWidget
     Q_OBJECT
 
 public:
+    // The controller's states as the page numbers them (OpenVPN starting counts as connecting).
     enum State {
-        Connected = 0,
-        Idle = 1,
-        Connecting = 2,
-        Generating = 3,
-        ConfigReady = 4,
-        Ending = 5,
+        Connected = int(ConnectionController::State::Connected),
+        Idle = int(ConnectionController::State::Idle),
+        Connecting = int(ConnectionController::State::Connecting),
+        Generating = int(ConnectionController::State::Generating),
+        ConfigReady = int(ConnectionController::State::ConfigReady),
+        Ending = int(ConnectionController::State::Ending),
     };
 
     static constexpr int SubscriptionIntervalMs = 10000;
