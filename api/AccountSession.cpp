@@ -32,6 +32,10 @@ AccountSession::AccountSession(std::function<bool()> tunnelUp, QObject* parent)
     NetworkManager* network = NetworkManager::instance();
     connect(network, &NetworkManager::serverUpdated, this, &AccountSession::onServerListAnswered);
     connect(network, &NetworkManager::auth, this, &AccountSession::onSignInAnswered);
+    connect(network, &NetworkManager::latenciesMeasured, this, [this] {
+        if (!m_signedOut && !m_tunnelUp())
+            emit latenciesArrived(NetworkManager::instance()->servers());
+    });
 }
 
 bool AccountSession::resume()

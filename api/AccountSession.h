@@ -69,6 +69,8 @@ signals:
     // The service no longer accepts this version; the program is to end.
     void versionRejected();
     void serverListArrived(const QVector<ServerInfo>& servers);
+    // The servers again, with the latencies of a finished pass.
+    void latenciesArrived(const QVector<ServerInfo>& servers);
     void signedOut();
     void updateCheckDue();
 

@@ -40,6 +40,10 @@ NetworkManager::NetworkManager()
     qRegisterMetaType<NetworkManager::ApiError>("NetworkManager::ApiError");
     m_pingManager = new PingManager(this);
     connect(m_pingManager, &PingManager::pingServersFinished, this, &NetworkManager::onPingServersFinished);
+    connect(m_pingManager, &PingManager::passMeasured, this, [this] {
+        takeLatencies();
+        emit latenciesMeasured();
+    });
     loadCachedData();
     // Channels have no parent: the pointers below own them.
     authGet.reset(new GetManager(channelTimeoutMs, nullptr));
@@ -242,6 +246,12 @@ void NetworkManager::slotIpTimezoneFinished()
 
 void NetworkManager::onPingServersFinished()
 {
+    takeLatencies();
+    emit serverUpdated(Success, QString());
+}
+
+void NetworkManager::takeLatencies()
+{
     // One pass over the results instead of a scan per server: with several results of one name the last wins.
     QHash<QString, int> pings;
     for (const ServerInfo& result : m_pingManager->servers())
@@ -259,7 +269,6 @@ void NetworkManager::onPingServersFinished()
         }
     }
     saveCachedData();
-    emit serverUpdated(Success, QString());
 }
 
 void NetworkManager::onRequestPingDoubleServerFinished(int)

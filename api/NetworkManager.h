@@ -65,6 +65,8 @@ public:
 signals:
     void auth(NetworkManager::ApiError error, QString message);
     void serverUpdated(NetworkManager::ApiError error, QString message);
+    // A latency pass over every server has ended and its results are in servers().
+    void latenciesMeasured();
     void programUpdate(QString version, QString link, bool success);
     void gotIpTimezone(QString timezone, bool success);
     void gotBuyLink(QString link);
@@ -95,6 +97,8 @@ private:
     bool applySignInAnswer(const QByteArray& body, bool* lite);
     void applyServerListAnswer(const QByteArray& body);
     void startPing();
+    // Files the ping manager's results with the servers and saves them.
+    void takeLatencies();
 
     static NetworkManager* _self;
 

@@ -1,11 +1,15 @@
 #include "ServiceAddresses.h"
 
+#include "Keys.h"
+#include "LocalSettings.h"
 #include "ServiceTls.h"
 #include "ServiceUrls.h"
 
+#include <QCoreApplication>
 #include <QHash>
 #include <QHostAddress>
 #include <QHostInfo>
+#include <QMap>
 #include <QMutex>
 #include <QMutexLocker>
 
@@ -15,21 +19,52 @@ namespace {
 
 std::atomic<bool> bypassing {false};
 
-// Host name to the text of its first address (downloads ask from their own thread). Only pinned() looks a
-// host up, once: a request must never wait for a lookup that the rules would drop.
-QString addressOf(const QString& host, bool lookUp)
+QMutex mutex;
+// Host name to the text of its address for this run (downloads ask from their own thread).
+QHash<QString, QString> found;
+
+QString firstAddress(const QHostInfo& info)
 {
-    static QMutex mutex;
-    static QHash<QString, QString> found;
-    QMutexLocker lock(&mutex);
-    const auto known = found.constFind(host);
-    if (known != found.constEnd() || !lookUp)
-        return known != found.constEnd() ? known.value() : QString();
-    const QHostAddress literal(host);
-    const QList<QHostAddress> list
-        = literal.isNull() ? QHostInfo::fromName(host).addresses() : QList<QHostAddress> {literal};
-    const QString address = list.isEmpty() ? QString() : list.first().toString();
-    found.insert(host, address);
+    return info.addresses().isEmpty() ? QString() : info.addresses().constFirst().toString();
+}
+
+QMap<QString, QString> remembered()
+{
+    QMap<QString, QString> map;
+    const QStringList pairs = LocalSettings::instance()->value(Keys::ServiceAddresses).toString().split(';');
+    for (const QString& pair : pairs) {
+        const int equals = pair.indexOf(QLatin1Char('='));
+        if (equals > 0 && !QHostAddress(pair.mid(equals + 1)).isNull())
+            map.insert(pair.left(equals), pair.mid(equals + 1));
+    }
+    return map;
+}
+
+void remember(const QString& host, const QString& address)
+{
+    QMap<QString, QString> map = remembered();
+    if (address.isEmpty() || map.value(host) == address)
+        return;
+    map.insert(host, address);
+    QStringList pairs;
+    for (auto it = map.cbegin(); it != map.cend(); ++it)
+        pairs << it.key() + QLatin1Char('=') + it.value();
+    LocalSettings::instance()->setValue(Keys::ServiceAddresses, pairs.join(QLatin1Char(';')));
+}
+
+// The address for this run: a literal as it is; else the one remembered, refreshed in the background for the
+// next run; else a lookup now.
+QString pin(const QString& host)
+{
+    if (!QHostAddress(host).isNull())
+        return host;
+    QString address = remembered().value(host);
+    if (address.isEmpty()) {
+        address = firstAddress(QHostInfo::fromName(host));
+        remember(host, address);
+    } else {
+        QHostInfo::lookupHost(host, qApp, [host](const QHostInfo& info) { remember(host, firstAddress(info)); });
+    }
     return address;
 }
 
@@ -42,7 +77,12 @@ QStringList pinned()
     QStringList list;
     for (const QString& base : {ServiceUrls::api(), ServiceUrls::site()}) {
         const QString host = QUrl(base).host();
-        const QString address = host.isEmpty() ? QString() : addressOf(host, true);
+        if (host.isEmpty())
+            continue;
+        QMutexLocker lock(&mutex);
+        if (!found.contains(host))
+            found.insert(host, pin(host));
+        const QString address = found.value(host);
         if (!address.isEmpty() && !list.contains(address))
             list.append(address);
     }
@@ -64,7 +104,11 @@ QNetworkRequest request(const QUrl& url)
     QNetworkRequest request(url);
     request.setSslConfiguration(ServiceTls::configuration());
     const QString host = url.host();
-    const QString address = bypassing && !host.isEmpty() ? addressOf(host, false) : QString();
+    QString address;
+    if (bypassing && !host.isEmpty()) {
+        QMutexLocker lock(&mutex);
+        address = found.value(host);
+    }
     if (address.isEmpty() || address == host)
         return request;
     QUrl direct = url;

@@ -27,4 +27,6 @@ const QString AllowLocalDevices = QStringLiteral("allowLocalDevices");
 const QString ChangeTimezone = QStringLiteral("changeTimezone");
 const QString Language = QStringLiteral("language");
 const QString VpnLogin = QStringLiteral("vpnLogin");
+// The service's host names with the address each had at its last lookup ("host=address;...").
+const QString ServiceAddresses = QStringLiteral("serviceAddresses");
 } // namespace Keys

@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 
+#include <memory>
+
 Connection::Connection(QObject* parent)
     : QObject(parent)
     , serviceConnector(new ServiceConnector())
@@ -74,6 +76,21 @@ void Connection::firewallChange(const QString& ips,
 {
     ask([=](ServiceConnector& daemon) { return daemon.firewallChange(ips, adapterName, parameters); },
         std::move(answer));
+}
+
+void Connection::firewallOnWhereSupported(const QString& ips,
+                                          const QString& adapterName,
+                                          const FIREWALL_PARAMETERS& parameters,
+                                          std::function<void(bool supported, bool on)> answer)
+{
+    // Written by the request, read by the answer that is posted after it.
+    const auto supported = std::make_shared<bool>(false);
+    ask(
+        [=](ServiceConnector& daemon) {
+            *supported = daemon.firewallSupported();
+            return *supported && daemon.firewallOn(ips, adapterName, parameters);
+        },
+        [supported, answer = std::move(answer)](bool on) { answer(*supported, on); });
 }
 
 void Connection::firewallOff(Answer answer)

@@ -42,6 +42,12 @@ public:
                         const QString& adapterName,
                         const FIREWALL_PARAMETERS& parameters,
                         Answer answer = {});
+    // Asks whether the daemon supports the rules and, where it does, puts them in force: one request
+    // in the daemon's order, so that every change of the rules asked for after it comes after it.
+    void firewallOnWhereSupported(const QString& ips,
+                                  const QString& adapterName,
+                                  const FIREWALL_PARAMETERS& parameters,
+                                  std::function<void(bool supported, bool on)> answer);
     void firewallOff(Answer answer = {});
     void firewallSupported(Answer answer);
     void timezonechangeSupported(Answer answer);

@@ -197,8 +197,8 @@ void ConnectionController::start()
         return;
     }
 
-    m_pauseSteps = m_fullProtection ? 2 : 1;
-    if (m_fullProtection)
+    m_pauseSteps = m_protectionWanted ? 2 : 1;
+    if (m_protectionWanted)
         refreshFirewall(false, [this, attempt](bool) { pauseStepDone(attempt); });
     m_pause.start(ResponsivePauseMs);
     // Last: the page may run events while it changes its look, a press among them.
@@ -475,43 +475,44 @@ void ConnectionController::setFullProtection(bool on)
     if (on == m_protectionWanted)
         return;
     m_protectionWanted = on;
-    m_connection.firewallSupported([this, on](bool supported) {
-        if (on != m_protectionWanted)
-            return;
-        if (!supported) {
+    const auto settle = [this, on](bool ok, bool idle) {
+        if (ok)
+            rulesConfirmed(on, idle);
+        else if (on == m_protectionWanted)
             m_protectionWanted = m_fullProtection;
-            emit notice(Notice::FirewallUnsupported);
-            return;
-        }
-        const auto confirm = [this, on, idle = !m_autoConnectPending](bool ok) {
-            if (ok)
-                rulesConfirmed(on, idle);
-            else if (on == m_protectionWanted)
-                m_protectionWanted = m_fullProtection;
-        };
-        if (!on) {
-            m_connection.firewallOff(confirm);
-            return;
-        }
-        const QString list = allowList().join(QLatin1Char(';'));
-        qDebug() << "kill_c: " << flagText(m_firewall.killConnect) << "ipv6_b: " << flagText(m_firewall.ipv6Block)
-                 << "allow_loc_ip: " << flagText(m_firewall.allowLocalIp)
-                 << "change_t: " << flagText(m_firewall.changeTimezone);
-        qDebug() << "Allow Firewall ip:" << list;
-        m_firewall.idle = !m_autoConnectPending;
-        m_connection.firewallOn(list, TunnelInterface, m_firewall, confirm);
-    });
+    };
+    if (!on) {
+        m_connection.firewallOff([settle](bool ok) { settle(ok, false); });
+        return;
+    }
+    const QString list = allowList().join(QLatin1Char(';'));
+    qDebug() << "kill_c: " << flagText(m_firewall.killConnect) << "ipv6_b: " << flagText(m_firewall.ipv6Block)
+             << "allow_loc_ip: " << flagText(m_firewall.allowLocalIp)
+             << "change_t: " << flagText(m_firewall.changeTimezone);
+    qDebug() << "Allow Firewall ip:" << list;
+    m_firewall.idle = !m_autoConnectPending;
+    m_connection.firewallOnWhereSupported(
+        list, TunnelInterface, m_firewall, [this, settle, idle = m_firewall.idle](bool supported, bool ok) {
+            if (!supported && m_protectionWanted)
+                emit notice(Notice::FirewallUnsupported);
+            settle(ok, idle);
+        });
 }
 
+// Changes the rules in force, after whatever was asked of the daemon before: while the kill switch is
+// wanted, even before the daemon has confirmed it.
 void ConnectionController::refreshFirewall(bool idle, Connection::Answer answer)
 {
-    if (!m_fullProtection)
+    if (!m_protectionWanted) {
+        if (answer)
+            answer(false);
         return;
+    }
     const QString list = allowList().join(QLatin1Char(';'));
     qDebug() << "Change Firewall ip:" << list;
     m_firewall.idle = idle;
     m_connection.firewallChange(list, TunnelInterface, m_firewall, [this, idle, answer](bool ok) {
-        if (ok && m_fullProtection)
+        if (ok && m_protectionWanted)
             rulesConfirmed(true, idle);
         if (answer)
             answer(ok);

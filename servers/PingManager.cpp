@@ -28,9 +28,16 @@ void PingManager::pingServers(QVector<ServerInfo> servers)
     // results alongside this loop, and on a small machine making ten thousand jobs then takes several times as long.
     QVector<PingWrapper*> jobs;
     jobs.reserve(servers.size());
+    const unsigned pass = ++m_pass;
+    m_jobsLeft = servers.size();
     for (const ServerInfo& server : servers) {
         auto* job = new PingWrapper(server.name, server.ip, true, nullptr);
-        connect(job, &PingWrapper::pingFinished, this, &PingManager::onPingFinished);
+        connect(
+            job, &PingWrapper::pingFinished, this, [this, pass](bool success, double timeMs, QString name, QString ip) {
+                onPingFinished(success, timeMs, name, ip);
+                if (pass == m_pass && --m_jobsLeft == 0)
+                    emit passMeasured();
+            });
         jobs.append(job);
     }
     for (PingWrapper* job : qAsConst(jobs))

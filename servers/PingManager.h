@@ -27,6 +27,8 @@ public:
 
 signals:
     void pingServersFinished();
+    // Every job of the current pass has reported; unlike the signal above, whatever names the list holds.
+    void passMeasured();
 
 public slots:
     void onPingFinished(bool success, double timeMs, QString name, QString ip);
@@ -35,4 +37,7 @@ private:
     QMap<QString, ServerInfo> results;
     QThreadPool* pool;
     int finishedCount = 0;
+    // The pass that results are counted for, and how many of its jobs have yet to report.
+    unsigned m_pass = 0;
+    int m_jobsLeft = 0;
 };

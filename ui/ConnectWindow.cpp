@@ -184,11 +184,18 @@ void ConnectWindow::showLook(Look look)
     QCoreApplication::processEvents();
 }
 
+void ConnectWindow::loadSettings()
+{
+    m_controller.loadSettings();
+    // With the kill switch on, the program's own requests never wait for a name lookup its rules may drop.
+    ServiceAddresses::setBypassingLookups(LocalSettings::instance()->value(Keys::KillConnect).toBool());
+}
+
 // While the kill switch's rules for no connection are in force, nothing but the program's own requests
-// gets out: the page and the tray say so, and those requests go to the service's addresses directly.
+// gets out: the page and the tray say so.
 void ConnectWindow::showBlocking(bool blocking)
 {
-    ServiceAddresses::setBypassingLookups(blocking);
+    CustomMessageBox::setInternetBlocked(blocking);
     ui.lbBlocked->setVisible(blocking);
     m_host->setTrayBlocked(blocking);
 }

@@ -89,7 +89,7 @@ public slots:
     void onShowLog();
     void onServerChanged(const ServerIdentif& id) { m_controller.selectServer(id); }
     void setServers(const QVector<ServerInfo>& servers) { m_controller.setServers(servers); }
-    void loadSettings() { m_controller.loadSettings(); }
+    void loadSettings();
     void saveSettings() { m_controller.saveSettings(); }
     void doFirewall(bool idle = true) { m_controller.refreshFirewall(idle); }
     void onWirelessConnectionChanged(bool joined, QString)

@@ -6,10 +6,11 @@
 #include <QList>
 #include <QUrl>
 
-#include "ServiceAddresses.h"
 #include "WidgetStyle.h"
 
 namespace {
+
+bool internetBlocked = false;
 
 QList<QMessageBox::StandardButton>& answerQueue()
 {
@@ -62,10 +63,15 @@ QString CustomMessageBox::unverifiedServiceText()
     return tr("The identity of the Velmora service could not be verified, so nothing was sent to it.");
 }
 
+void CustomMessageBox::setInternetBlocked(bool blocked)
+{
+    internetBlocked = blocked;
+}
+
 void CustomMessageBox::openLink(QWidget* parent, const QString& url)
 {
     // Only the program's own requests get past the kill switch's rules: a browser would show an error page.
-    if (ServiceAddresses::bypassingLookups()) {
+    if (internetBlocked) {
         information(parent,
                     tr("Open in a browser"),
                     tr("The kill switch blocks the Internet while you are not connected, so this page cannot load "

@@ -33,8 +33,10 @@ public:
     static QMessageBox::StandardButton critical(QWidget* parent, const QString& title, const QString& text);
     // What the pages say when a request was refused because the service's certificate did not verify.
     static QString unverifiedServiceText();
-    // Opens the link in the user's browser; when none can be opened, shows the link to be copied from the box.
+    // Opens the link in the user's browser; when none can be opened, or while the kill switch blocks the
+    // Internet, shows the link to be copied from the box.
     static void openLink(QWidget* parent, const QString& url);
+    static void setInternetBlocked(bool blocked);
 
     // The styled box, not yet shown. An empty title becomes the product name.
     static std::unique_ptr<QMessageBox> create(Kind kind,

@@ -32,16 +32,16 @@ bool FavoriteServerItemDelegate::paintOtherRow(QPainter* painter,
     if (index.column() == 0) {
         const QIcon icon(favorites ? QStringLiteral(":/resources/star-empty-black.svg")
                                    : QStringLiteral(":/resources/recommended-black.svg"));
-        const QRect iconRect(cell.left() + 15, cell.center().y() - IconSize / 2, IconSize, IconSize);
+        const QRect iconPlace(cell.left() + 15, cell.center().y() - IconSize / 2, IconSize, IconSize);
         painter->setOpacity(0.55);
-        icon.paint(painter, iconRect);
+        icon.paint(painter, visualRect(option, iconPlace));
         painter->setOpacity(1.0);
         painter->setFont(font(12, true));
         painter->setPen(HeaderText);
         const QString title = favorites ? tr("Favorite") : tr("Recommended");
-        painter->drawText(cell.adjusted(iconRect.right() - cell.left() + 12, 0, 0, 0),
-                          Qt::AlignVCenter | Qt::AlignLeft,
-                          title.toUpper());
+        const QRect titlePlace = cell.adjusted(iconPlace.right() - cell.left() + 12, 0, 0, 0);
+        painter->drawText(
+            visualRect(option, titlePlace), visualAlignment(option, Qt::AlignVCenter | Qt::AlignLeft), title.toUpper());
     }
     return true;
 }

@@ -64,15 +64,11 @@ void MainWindow::initTray()
     m_tray = std::make_unique<SystemTray>();
     m_tray->init();
     SystemTray* tray = m_tray.get();
-    const bool ok = connect(tray, &SystemTray::clickShow, this, &MainWindow::onTrayShow)
-        && connect(tray, &SystemTray::clickConnect, this, &MainWindow::onTrayConnect)
-        && connect(tray, &SystemTray::clickReconnect, this, &MainWindow::onTrayReconnect)
-        && connect(tray, &SystemTray::clickDisconnect, this, &MainWindow::onTrayDisconnect)
-        && connect(tray, &SystemTray::clickExit, this, &MainWindow::onExit);
-    if (!ok) {
-        qDebug() << "FAIL initTray signal";
-        throw QStringLiteral("FAIL initTray signal");
-    }
+    connect(tray, &SystemTray::clickShow, this, &MainWindow::onTrayShow);
+    connect(tray, &SystemTray::clickConnect, this, &MainWindow::onTrayConnect);
+    connect(tray, &SystemTray::clickReconnect, this, &MainWindow::onTrayReconnect);
+    connect(tray, &SystemTray::clickDisconnect, this, &MainWindow::onTrayDisconnect);
+    connect(tray, &SystemTray::clickExit, this, &MainWindow::onExit);
 }
 
 void MainWindow::initPageWidget()
@@ -167,6 +163,7 @@ void MainWindow::connectSession()
     connect(session, &AccountSession::signInFailed, this, &MainWindow::onSignInFailed);
     connect(session, &AccountSession::versionRejected, this, &MainWindow::badVersionDlg);
     connect(session, &AccountSession::serverListArrived, this, &MainWindow::onServerListArrived);
+    connect(session, &AccountSession::latenciesArrived, this, &MainWindow::showServers);
     connect(session, &AccountSession::signedOut, this, [this] {
         m_tray->setEnableUserActions(false);
         m_connectWindow->logOut();
@@ -231,12 +228,17 @@ void MainWindow::onSignInFailed(NetworkManager::ApiError error)
         CustomMessageBox::critical(this, QStringLiteral("Tavrin"), CustomMessageBox::unverifiedServiceText());
 }
 
-void MainWindow::onServerListArrived(const QVector<ServerInfo>& servers)
+void MainWindow::showServers(const QVector<ServerInfo>& servers)
 {
     m_connectWindow->setServers(servers);
-    if (isShown(m_serverListWindow.data())) {
+    if (isShown(m_serverListWindow.data()))
         m_serverListWindow->setServers(servers, -1, true);
-    } else if (isShown(m_connectWindow.data())) {
+}
+
+void MainWindow::onServerListArrived(const QVector<ServerInfo>& servers)
+{
+    showServers(servers);
+    if (!isShown(m_serverListWindow.data()) && isShown(m_connectWindow.data())) {
         show();
         m_connectWindow->autoConnect();
         showPage(m_connectWindow.data());

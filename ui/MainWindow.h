@@ -88,6 +88,8 @@ public slots:
     void onTrayShow() { onShow(); }
     void onSettingsChanged() { }
     void onStatusChangeWifi(bool connected, bool unsecured, QString ssid);
+    // The pages that show the servers take them; no page is opened.
+    void showServers(const QVector<ServerInfo>& servers);
     void onSubscriptionSelected(const QString& vpnLogin);
     void onSubscriptionChange();
 

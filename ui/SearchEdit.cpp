@@ -1,6 +1,7 @@
 #include "SearchEdit.h"
 
 #include <QEvent>
+#include <QStyle>
 #include <QToolButton>
 
 #include "WidgetStyle.h"
@@ -28,9 +29,10 @@ void SearchEdit::updateClearButton(const QString& text)
 
 void SearchEdit::placeClearButton()
 {
+    // At the trailing end, where the style sheet's padding leaves room for it (mirrored right to left).
     const int side = qMax(16, height() - 8);
-    m_clearButton->resize(side, side);
-    m_clearButton->move(width() - side - 4, (height() - side) / 2);
+    const QRect place(width() - side - 4, (height() - side) / 2, side, side);
+    m_clearButton->setGeometry(QStyle::visualRect(layoutDirection(), rect(), place));
 }
 
 void SearchEdit::resizeEvent(QResizeEvent* event)
@@ -43,5 +45,7 @@ void SearchEdit::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::LanguageChange)
         setPlaceholderText(tr("Location"));
+    else if (event->type() == QEvent::LayoutDirectionChange)
+        placeClearButton();
     QLineEdit::changeEvent(event);
 }

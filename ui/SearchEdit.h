@@ -4,7 +4,8 @@
 
 class QToolButton;
 
-// The location search field: a line edit with a clear button inside its right edge.
+// The location search field: a line edit with a clear button inside its trailing (right, or left when
+// laid out right to left) edge.
 class SearchEdit : public QLineEdit
 {
     Q_OBJECT

@@ -6,6 +6,7 @@
 #include <QIcon>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QStyle>
 #include <QToolTip>
 
 #include "AbstractServerModel.h"
@@ -41,10 +42,21 @@ QString ServerItemDelegate::latencyText(int ping)
     return ping > 0 ? tr("%1 ms").arg(ping) : QStringLiteral("\u2014");
 }
 
-QRect ServerItemDelegate::latencyRect(const QRect& cell, const QString& text)
+QRect ServerItemDelegate::visualRect(const QStyleOptionViewItem& option, const QRect& logical)
 {
+    return QStyle::visualRect(option.direction, option.rect, logical);
+}
+
+Qt::Alignment ServerItemDelegate::visualAlignment(const QStyleOptionViewItem& option, Qt::Alignment logical)
+{
+    return QStyle::visualAlignment(option.direction, logical);
+}
+
+QRect ServerItemDelegate::latencyRect(const QStyleOptionViewItem& option, const QString& text)
+{
+    const QRect& cell = option.rect;
     const int width = QFontMetrics(font(12)).horizontalAdvance(text);
-    return QRect(cell.right() - width - 4, cell.top(), width, cell.height());
+    return visualRect(option, QRect(cell.right() - width - 4, cell.top(), width, cell.height()));
 }
 
 bool ServerItemDelegate::helpEvent(QHelpEvent* event,
@@ -55,7 +67,7 @@ bool ServerItemDelegate::helpEvent(QHelpEvent* event,
     if (event && event->type() == QEvent::ToolTip && index.column() == 0) {
         const ServerInfo record = recordOf(index);
         if (isServer(record) && record.ping <= 0
-            && latencyRect(option.rect, latencyText(record.ping)).contains(event->pos())) {
+            && latencyRect(option, latencyText(record.ping)).contains(event->pos())) {
             QToolTip::showText(
                 event->globalPos(), tr("Latency unknown: not measured yet, or the server did not answer"), view);
             return true;
@@ -120,6 +132,7 @@ void ServerItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
+    painter->setLayoutDirection(option.direction);
     if (!paintOtherRow(painter, option, index, record)) {
         paintBackground(painter, option, Qt::white);
         if (index.column() == 0)
@@ -136,24 +149,28 @@ void ServerItemDelegate::paintServerCell(QPainter* painter,
                                          const QModelIndex& index,
                                          const ServerInfo& record) const
 {
+    // Places are worked out left to right, then mirrored for right-to-left rows.
     const QRect cell = option.rect;
-    const QPixmap flag = FlagPicture::pixmap(record.flag);
-    const int left = cell.left() + contentIndent(index);
-    const QRect flagRect(left, cell.center().y() - FlagPicture::Height / 2, FlagPicture::Width, FlagPicture::Height);
-    painter->drawPixmap(flagRect, flag);
+    const QRect flagPlace(cell.left() + contentIndent(index),
+                          cell.center().y() - FlagPicture::Height / 2,
+                          FlagPicture::Width,
+                          FlagPicture::Height);
+    painter->drawPixmap(visualRect(option, flagPlace), FlagPicture::pixmap(record.flag));
 
     const QString latency = latencyText(record.ping);
-    const QRect latencyArea = latencyRect(cell, latency);
+    const QRect latencyArea = latencyRect(option, latency);
     painter->setFont(font(12));
     painter->setPen(MutedColor);
-    painter->drawText(latencyArea, Qt::AlignVCenter | Qt::AlignRight, latency);
+    painter->drawText(latencyArea, visualAlignment(option, Qt::AlignVCenter | Qt::AlignRight), latency);
 
     painter->setFont(font(14));
     painter->setPen(TextColor);
-    const QRect nameRect(
-        flagRect.right() + FlagGap, cell.top(), latencyArea.left() - flagRect.right() - FlagGap - 10, cell.height());
+    const int nameLeft = flagPlace.right() + FlagGap;
+    // Mirroring the latency's place again gives back its left-to-right one.
+    const int nameRight = visualRect(option, latencyArea).left() - 10;
+    const QRect nameRect = visualRect(option, QRect(nameLeft, cell.top(), nameRight - nameLeft, cell.height()));
     const QString name = painter->fontMetrics().elidedText(record.name, Qt::ElideRight, nameRect.width());
-    painter->drawText(nameRect, Qt::AlignVCenter | Qt::AlignLeft, name);
+    painter->drawText(nameRect, visualAlignment(option, Qt::AlignVCenter | Qt::AlignLeft), name);
 }
 
 void ServerItemDelegate::paintStar(QPainter* painter, const QStyleOptionViewItem& option, bool favorite) const

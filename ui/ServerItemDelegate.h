@@ -6,6 +6,8 @@
 
 // Draws one server row of the location lists: flag, name and latency in column 0, the
 // favourite star in column 1. A left click on the star toggles the row's favourite mark.
+// Rows follow the view's layout direction: right to left, the flag sits at the right end and the
+// latency at the left end of the cell.
 class ServerItemDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -50,10 +52,14 @@ protected:
     static void paintBackground(QPainter* painter, const QStyleOptionViewItem& option, const QColor& base);
     static void paintSeparator(QPainter* painter, const QRect& rect);
     static QFont font(int pixelSize, bool bold = false);
+    // A place given as if the row ran left to right, moved to where the row's direction puts it.
+    static QRect visualRect(const QStyleOptionViewItem& option, const QRect& logical);
+    // Text alignment towards the leading (Qt::AlignLeft) or trailing (Qt::AlignRight) end of the row.
+    static Qt::Alignment visualAlignment(const QStyleOptionViewItem& option, Qt::Alignment logical);
 
 private:
-    // Where a row's latency text sits, at the right end of its first cell.
-    static QRect latencyRect(const QRect& cell, const QString& text);
+    // Where a row's latency text sits, at the trailing end of its first cell.
+    static QRect latencyRect(const QStyleOptionViewItem& option, const QString& text);
     void paintServerCell(QPainter* painter,
                          const QStyleOptionViewItem& option,
                          const QModelIndex& index,

@@ -39,33 +39,38 @@ bool ServerTreeItemDelegate::paintOtherRow(QPainter* painter,
 
     if (index.column() == 0) {
         const QString flag = first.data(AbstractServerModel::FlagRole).toString();
-        const QRect flagRect(cell.left() + GroupMargin,
-                             cell.center().y() - FlagPicture::Height / 2,
-                             FlagPicture::Width,
-                             FlagPicture::Height);
-        painter->drawPixmap(flagRect, FlagPicture::pixmap(flag));
+        const QRect flagPlace(cell.left() + GroupMargin,
+                              cell.center().y() - FlagPicture::Height / 2,
+                              FlagPicture::Width,
+                              FlagPicture::Height);
+        painter->drawPixmap(visualRect(option, flagPlace), FlagPicture::pixmap(flag));
         painter->setFont(font(14, true));
         painter->setPen(GroupColor);
-        const QRect nameRect(flagRect.right() + 12, cell.top(), cell.right() - flagRect.right() - 60, cell.height());
+        const QRect namePlace(flagPlace.right() + 12, cell.top(), cell.right() - flagPlace.right() - 60, cell.height());
+        const QRect nameRect = visualRect(option, namePlace);
         painter->drawText(
             nameRect,
-            Qt::AlignVCenter | Qt::AlignLeft,
+            visualAlignment(option, Qt::AlignVCenter | Qt::AlignLeft),
             painter->fontMetrics().elidedText(record.groupName.trimmed(), Qt::ElideRight, nameRect.width()));
         painter->setFont(font(12));
         painter->setPen(CountColor);
-        painter->drawText(cell.adjusted(0, 0, -4, 0), Qt::AlignVCenter | Qt::AlignRight, QString::number(members));
+        painter->drawText(visualRect(option, cell.adjusted(0, 0, -4, 0)),
+                          visualAlignment(option, Qt::AlignVCenter | Qt::AlignRight),
+                          QString::number(members));
     } else {
-        // A chevron pointing down when open, right when closed.
+        // A chevron pointing down when open, and along the reading direction when closed: right, or
+        // left in right-to-left rows.
         const QPointF c = QRectF(cell).center();
+        const qreal x = option.direction == Qt::RightToLeft ? -1 : 1;
         QPainterPath mark;
         if (expanded) {
             mark.moveTo(c.x() - 5, c.y() - 2.5);
             mark.lineTo(c.x(), c.y() + 2.5);
             mark.lineTo(c.x() + 5, c.y() - 2.5);
         } else {
-            mark.moveTo(c.x() - 2.5, c.y() - 5);
-            mark.lineTo(c.x() + 2.5, c.y());
-            mark.lineTo(c.x() - 2.5, c.y() + 5);
+            mark.moveTo(c.x() - 2.5 * x, c.y() - 5);
+            mark.lineTo(c.x() + 2.5 * x, c.y());
+            mark.lineTo(c.x() - 2.5 * x, c.y() + 5);
         }
         painter->setPen(QPen(MarkColor, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         painter->setBrush(Qt::NoBrush);

@@ -22,6 +22,10 @@
 
 namespace {
 
+// Qt lays the whole interface out right to left while the installed catalogue translates this entry of Qt's
+// own as "RTL" (the Arabic one does). Marked here so that lupdate keeps it in the catalogues.
+[[maybe_unused]] const char* const LayoutDirectionEntry = QT_TRANSLATE_NOOP("QGuiApplication", "QT_LAYOUT_DIRECTION");
+
 struct Language
 {
     const char* code;

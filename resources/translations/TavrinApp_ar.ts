@@ -353,6 +353,13 @@ Disconnect and change the VPN login?</source>
     </message>
 </context>
 <context>
+    <name>QGuiApplication</name>
+    <message>
+        <source>QT_LAYOUT_DIRECTION</source>
+        <translation>RTL</translation>
+    </message>
+</context>
+<context>
     <name>SearchEdit</name>
     <message>
         <location filename="../../ui/SearchEdit.cpp" line="+14"/>

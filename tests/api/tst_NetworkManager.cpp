@@ -387,16 +387,22 @@ private slots:
         QFile::link(QStringLiteral("/bin/true"), ping);
     }
 
-    // While the kill switch blocks lookups, a request to a host looked up at start goes to its address, the name
-    // kept for the Host header and the certificate; any other host is left to a lookup, never started here.
+    // While the kill switch is on, a request to a host pinned at start goes to its address, the name kept for the
+    // Host header and the certificate; any other host is left to a lookup, never started here. An address found
+    // is kept for the next run, which pins it without a lookup (one its rules could drop).
     void requestsBypassLookupsOnlyWhenBlocked()
     {
+        LocalSettings::instance()->setValue(Keys::ServiceAddresses, "bad=x;remembered.invalid=192.0.2.7");
         qputenv("TAVRIN_SITE_URL", "https://localhost:4443");
         const QStringList pinned = ServiceAddresses::pinned();
+        qputenv("TAVRIN_SITE_URL", "https://remembered.invalid");
+        QVERIFY(ServiceAddresses::pinned().contains(QStringLiteral("192.0.2.7")));
         qputenv("TAVRIN_SITE_URL", "https://127.0.0.1:1");
         const QString address = pinned.value(pinned.size() - 1);
         QVERIFY2(address == QLatin1String("127.0.0.1") || address == QLatin1String("::1"),
                  qPrintable(pinned.join(',')));
+        QCOMPARE(LocalSettings::instance()->value(Keys::ServiceAddresses).toString(),
+                 QStringLiteral("localhost=%1;remembered.invalid=192.0.2.7").arg(address));
         const QUrl url(QStringLiteral("https://localhost:4443/connect?act=list"));
         for (const bool blocked : {false, true}) {
             ServiceAddresses::setBypassingLookups(blocked);

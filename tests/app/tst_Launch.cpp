@@ -1,7 +1,6 @@
 #include <QtTest>
 
 #include <QLocalSocket>
-#include <QTemporaryDir>
 
 #include "LocalPeer.h"
 #include "TestEnvironment.h"

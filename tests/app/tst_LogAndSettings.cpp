@@ -1,8 +1,5 @@
 #include <QtTest>
 
-#include <QTemporaryDir>
-#include <QThread>
-
 #include "ALog.h"
 #include "LocalSettings.h"
 #include "TestEnvironment.h"
@@ -88,24 +85,18 @@ private slots:
         QCOMPARE(restart()->value(Keys::Passwd).toString(), QStringLiteral("secret"));
     }
 
-    // A process killed right after signing in must find its sign-in data at the next start,
-    // so these keys reach the file at once.
-    void signInKeysReachTheFileAtOnce_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QVariant>("value");
-        QTest::newRow("login") << Keys::Login << QVariant("alice");
-        QTest::newRow("password") << Keys::Passwd << QVariant("secret");
-        QTest::newRow("vpnLogin") << Keys::VpnLogin << QVariant("vpn1");
-        QTest::newRow("rememberUser") << Keys::RememberUser << QVariant(true);
-    }
+    // A process killed right after signing in must find its sign-in data at the next start, so these keys reach the
+    // file at once.
     void signInKeysReachTheFileAtOnce()
     {
-        QFETCH(QString, key);
-        QFETCH(QVariant, value);
-        LocalSettings::instance()->setValue(key, value);
-        const QString line = QLatin1Char('\n') + key + QLatin1Char('=') + value.toString() + QLatin1Char('\n');
-        QVERIFY2(readFile(settingsPath()).contains(line.toUtf8()), qPrintable(line));
+        const QVariantMap values {
+            {Keys::Login, "alice"}, {Keys::Passwd, "secret"}, {Keys::VpnLogin, "vpn1"}, {Keys::RememberUser, true}};
+        for (auto it = values.begin(); it != values.end(); ++it) {
+            LocalSettings::instance()->setValue(it.key(), it.value());
+            const QString line
+                = QLatin1Char('\n') + it.key() + QLatin1Char('=') + it.value().toString() + QLatin1Char('\n');
+            QVERIFY2(readFile(settingsPath()).contains(line.toUtf8()), qPrintable(line));
+        }
     }
 
     void redaction_data()

@@ -22,7 +22,10 @@
 
 #include <atomic>
 #include <csignal>
+#include <fcntl.h>
+#include <sched.h>
 #include <thread>
+#include <unistd.h>
 
 #include "Constants.h"
 #include "E2eLab.h"
@@ -46,6 +49,9 @@ enum class Fault {
     StunnelKilled,
     ChildSignals, // a burst of SIGCHLD while the program talks to the daemon
 };
+
+// Runs the command "$@" with the file "$0" in the place of /etc/resolv.conf (in a private mount namespace).
+const char* const ResolverShell = "mount --bind \"$0\" /etc/resolv.conf && exec \"$@\"";
 
 // Runs a program of the lab's tools to its end; its exit code, or -1.
 int run(const QString& program, const QStringList& arguments, QByteArray* output = nullptr)
@@ -130,6 +136,7 @@ private slots:
     void survivesAFault_data();
     void survivesAFault();
     void takesTheOfferedUpdate();
+    void blockedLetsOnlyTheProgramOut();
 
 private:
     QString home() const { return m_root.path() + QStringLiteral("/home"); }
@@ -165,6 +172,9 @@ private:
     QStringList m_seen; // the labels the tray has shown since the count began
     QString m_trayService;
     QString m_menuPath;
+    // Set for a run against a service found by name: its URL, and the resolver file the program sees.
+    QString m_serviceUrl;
+    QString m_resolvConf;
 };
 
 void TestWholeProgram::initTestCase()
@@ -299,16 +309,21 @@ void TestWholeProgram::startProgram()
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     env.remove(QStringLiteral("QT_QPA_PLATFORMTHEME"));
     env.remove(QStringLiteral("XDG_CURRENT_DESKTOP"));
-    env.insert(QStringLiteral("TAVRIN_API_URL"), m_service->baseUrl());
+    const QString service = m_serviceUrl.isEmpty() ? m_service->baseUrl() : m_serviceUrl;
+    env.insert(QStringLiteral("TAVRIN_API_URL"), service);
     env.insert(QStringLiteral("TAVRIN_CA_FILE"), FakeService::caFile());
-    env.insert(QStringLiteral("TAVRIN_SITE_URL"), m_service->baseUrl());
-    env.insert(QStringLiteral("TAVRIN_PROBE_URL"), m_service->baseUrl() + QLatin1Char('/'));
+    env.insert(QStringLiteral("TAVRIN_SITE_URL"), service);
+    env.insert(QStringLiteral("TAVRIN_PROBE_URL"), service + QLatin1Char('/'));
     m_program.setProcessEnvironment(env);
     m_program.setStandardOutputFile(m_root.path() + QStringLiteral("/program.out"), QIODevice::Append);
     m_program.setStandardErrorFile(m_root.path() + QStringLiteral("/program.out"), QIODevice::Append);
     m_trayService.clear();
     m_menuPath.clear();
-    m_program.start(m_root.path() + QStringLiteral("/bin/tavrin"), QStringList());
+    const QString binary = m_root.path() + QStringLiteral("/bin/tavrin");
+    if (m_resolvConf.isEmpty())
+        m_program.start(binary, QStringList());
+    else // in a mount namespace of its own, where the resolver file is the lab's (same process id)
+        m_program.start(QStringLiteral("unshare"), {"--mount", "--", "sh", "-c", ResolverShell, m_resolvConf, binary});
     QVERIFY(m_program.waitForStarted());
     m_programPid = pid_t(m_program.processId());
 
@@ -724,6 +739,103 @@ void TestWholeProgram::takesTheOfferedUpdate()
     QTRY_VERIFY_WITH_TIMEOUT(
         m_lab.daemonLog().indexOf("listening on 127.0.0.1 port", m_lab.daemonLog().indexOf("restarting as")) > 0,
         10000);
+}
+
+// With the kill switch on and no tunnel, the rules let only the program's own requests out, and the tray says so.
+// They stay when the program crashes: the next start still signs in, by the address its last lookup found, while
+// a lookup of any other name and another program's connection fail.
+void TestWholeProgram::blockedLetsOnlyTheProgramOut()
+{
+    // The service and a name server behind the link, as on the Internet.
+    const QString serviceAddress = QStringLiteral("10.231.0.5");
+    const auto serverAddress = [&](const char* change) {
+        return run(QStringLiteral("ip"),
+                   QStringLiteral("-n tvn-e2e-srv addr %1 %2/24 dev tvn-e2e-s").arg(change, serviceAddress).split(' '));
+    };
+    QCOMPARE(serverAddress("add"), 0);
+    QProcess dns;
+    dns.setProcessChannelMode(QProcess::ForwardedChannels);
+    dns.start(QStringLiteral("ip"),
+              QStringLiteral("netns exec tvn-e2e-srv dnsmasq -k --no-resolv --no-hosts --bind-interfaces --user=root "
+                             "--pid-file= --listen-address=%1 --address=/e2e.test/%2")
+                  .arg(QLatin1String(E2eLab::StrayAddress), serviceAddress)
+                  .split(' '));
+    m_resolvConf = m_root.path() + QStringLiteral("/resolv.conf");
+    QVERIFY(writeFile(m_resolvConf, QByteArrayLiteral("nameserver 10.231.0.3\noptions timeout:1 attempts:1\n")));
+    FakeService service;
+    service.setFixture(m_service->fixture());
+    service.setHostName(QStringLiteral("api.e2e.test"));
+    {
+        // A listening socket stays in the namespace it was made in.
+        const int client = ::open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
+        const int server = ::open("/run/netns/tvn-e2e-srv", O_RDONLY | O_CLOEXEC);
+        QVERIFY(client >= 0 && server >= 0 && ::setns(server, CLONE_NEWNET) == 0);
+        QString error;
+        const bool listening = service.start(0, &error, QHostAddress(serviceAddress));
+        QVERIFY(::setns(client, CLONE_NEWNET) == 0);
+        ::close(client);
+        ::close(server);
+        QVERIFY2(listening, qPrintable(error));
+    }
+    m_serviceUrl = service.baseUrl();
+    const auto tidy = qScopeGuard([&] {
+        m_serviceUrl.clear();
+        m_resolvConf.clear();
+        stopProcess(m_program);
+        stopProcess(dns);
+        serverAddress("del");
+    });
+    const auto resolves = [this](const QString& name) {
+        return run(QStringLiteral("unshare"),
+                   {"--mount", "--", "sh", "-c", ResolverShell, m_resolvConf, "getent", "hosts", name})
+            == 0;
+    };
+    const auto blockedShown = [this] {
+        const QDBusArgument tip = callProgram(QStringLiteral("/StatusNotifierItem"),
+                                              QStringLiteral("org.freedesktop.DBus.Properties"),
+                                              QStringLiteral("Get"),
+                                              {QStringLiteral("org.kde.StatusNotifierItem"), QStringLiteral("ToolTip")})
+                                      .value(0)
+                                      .value<QDBusVariant>()
+                                      .variant()
+                                      .value<QDBusArgument>();
+        QString icon, title, text;
+        tip.beginStructure();
+        tip >> icon;
+        tip.beginArray();
+        while (!tip.atEnd()) {
+            int width = 0, height = 0;
+            QByteArray pixels;
+            tip.beginStructure();
+            tip >> width >> height >> pixels;
+            tip.endStructure();
+        }
+        tip.endArray();
+        tip >> title >> text;
+        tip.endStructure();
+        return title == QLatin1String("Tavrin: Internet blocked by the kill switch");
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(resolves(QStringLiteral("other.e2e.test")), 10000); // before any rules
+
+    rememberAccount(QStringLiteral("udp"), true);
+    startProgram();
+    QTRY_VERIFY_WITH_TIMEOUT(blockedShown(), 20000);
+    QVERIFY(::kill(m_program.processId(), SIGKILL) == 0 && m_program.waitForFinished(5000));
+    QVERIFY(firewallTable());
+    QVERIFY(!resolves(QStringLiteral("other.e2e.test")));
+    QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+
+    const QString log = home() + QStringLiteral("/.local/share/QOLV/Tavrin/log.txt");
+    QFile::remove(log);
+    service.reset();
+    startProgram();
+    QTRY_VERIFY_WITH_TIMEOUT(readFile(log).contains("Auth Request finished [code: NetworkManager::Success"), 20000);
+    QVERIFY(service.requests().value(0).query().contains(QLatin1String("act=wizardsetup")));
+    QTRY_VERIFY_WITH_TIMEOUT(blockedShown(), 10000);
+    QVERIFY(!resolves(QStringLiteral("other.e2e.test")));
+    QVERIFY(!tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+    quit();
+    verifyNothingLeft();
 }
 
 QTEST_GUILESS_MAIN(TestWholeProgram)

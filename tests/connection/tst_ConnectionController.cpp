@@ -113,6 +113,12 @@ private slots:
             << QStringList {"press", "until Connected", "requests 6", "press", "until Idle"}
             << QList<int> {2, 3, 4, 2, 0, 1, 5, 1} << "SOCRTZIz"
             << QStringList {"blocked", "open", "connected", "zone", "blocked"};
+        // The press comes before the daemon has confirmed the kill switch: the rules for the connection must
+        // still follow the idle ones, or the tunnel would come up behind rules that drop its traffic.
+        QTest::newRow("press before the kill switch is confirmed: connection rules still last")
+            << "tcp killswitch early"
+            << "quiet" << QStringList {"press", "until Starting", "up"} << QList<int> {2, 3, 4, 2, 0} << "SOCR"
+            << QStringList {"blocked", "open", "connected"};
         QTest::newRow("press in the pause: nothing started, idle rules at once")
             << "tcp killswitch" << QString() << QStringList {"press", "press", "requests 4"} << QList<int> {2, 1}
             << "SOCI" << QStringList {"blocked", "open", "blocked"};
@@ -227,7 +233,7 @@ private slots:
         controller->setServers(servers);
         controller->selectServer(ServerIdentif(QStringLiteral("alice"), QStringLiteral("Frankfurt")));
         controller->loadSettings();
-        if (settings.contains("killswitch"))
+        if (settings.contains("killswitch") && !settings.contains("early"))
             QTRY_COMPARE(letters(daemon.requests()), QStringLiteral("SO"));
 
         const QMetaEnum stateNames = QMetaEnum::fromType<State>();
@@ -293,10 +299,9 @@ private slots:
         controller.loadSettings();
         controller.toggle();
         QCOMPARE(controller.state(), State::Connecting);
-        QTRY_COMPARE(controller.state(), State::Starting);
-        QVERIFY(notices.isEmpty());
-        QTRY_COMPARE_WITH_TIMEOUT(notices.size(), 1, 15000);
-        QCOMPARE(notices.at(0), ConnectionController::Notice::FirewallUnsupported);
+        // One time-out for the kill switch, one for the rules of the connection.
+        QTRY_COMPARE_WITH_TIMEOUT(controller.state(), State::Starting, 15000);
+        QCOMPARE(notices, QList<ConnectionController::Notice> {ConnectionController::Notice::FirewallUnsupported});
     }
 
     void allowListNamesEachAddressOnce()

@@ -4,7 +4,6 @@
 #include "TestEnvironment.h"
 
 #include <QTcpSocket>
-#include <QTemporaryDir>
 #include <csignal>
 #include <unistd.h>
 
@@ -119,10 +118,7 @@ private slots:
         QVERIFY(target.waitForStarted());
 
         const QString written = pidFile == QLatin1String("link") ? dir.filePath(QStringLiteral("pid")) : PidFile;
-        QFile file(written);
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(QByteArray::number(target.processId()) + '\n');
-        file.close();
+        QVERIFY(writeFile(written, QByteArray::number(target.processId()) + '\n'));
         if (pidFile == QLatin1String("link"))
             QVERIFY(QFile::link(written, PidFile));
         if (pidFile == QLatin1String("foreign"))

@@ -13,13 +13,12 @@ namespace {
 
 const QString script = QStringLiteral("/usr/share/tavrin/script/update-resolv-conf.sh");
 
-QString clientArguments(const QString& path)
+QString clientArguments(const QString& path, const QString& up = script, const QString& address = "127.0.0.1")
 {
     // Exactly as the client joins them: two blanks between most options, one at the end.
-    return QStringLiteral(
-               "--config \"%1\" --management 127.0.0.1 45678 --management-query-passwords  --script-security 2 "
-               " --up %2  --down %2 ")
-        .arg(path, script);
+    return QStringLiteral("--config \"%1\" --management %3 45678 --management-query-passwords  --script-security 2 "
+                          " --up %2  --down %2 ")
+        .arg(path, up, address);
 }
 
 const QByteArray pem = "-----BEGIN CERTIFICATE-----\nMIIBkTCB+wIJAK\n-----END CERTIFICATE-----";
@@ -37,15 +36,14 @@ private slots:
         QTest::addColumn<QString>("path"); // empty: refused
 
         const QString tmp = QStringLiteral("/tmp/Tavrin.aB12cd");
+        const auto refused = [](const char* name, const QString& text) {
+            QTest::newRow(name) << text << QString();
+        };
         QTest::newRow("the client's own string") << clientArguments(tmp) << tmp;
-        QTest::newRow("quote inside the path")
-            << clientArguments(QStringLiteral("/tmp/a\" --up \"/bin/sh")) << QString();
-        QTest::newRow("path with ..") << clientArguments(QStringLiteral("/tmp/../etc/x")) << QString();
-        QTest::newRow("other up script") << clientArguments(tmp).replace(QStringLiteral("--up ") + script,
-                                                                         QStringLiteral("--up /bin/sh"))
-                                         << QString();
-        QTest::newRow("management on all addresses")
-            << clientArguments(tmp).replace(QStringLiteral("127.0.0.1"), QStringLiteral("0.0.0.0")) << QString();
+        refused("quote inside the path", clientArguments("/tmp/a\" --up \"/bin/sh"));
+        refused("path with ..", clientArguments("/tmp/../etc/x"));
+        refused("other up script", clientArguments(tmp, "/bin/sh"));
+        refused("management on all addresses", clientArguments(tmp, script, "0.0.0.0"));
     }
 
     void arguments()
@@ -72,11 +70,10 @@ private slots:
         // The files the client writes are started through the real daemon in the e2e tests.
         row("other arguments",
             head
-                + "remote vpn.example.com 443 tcp4-client\nresolv-retry infinite\n"
-                  "redirect-gateway def1 bypass-dhcp\ndhcp-option DNS 10.8.0.1\ndhcp-option DNS6 fd00::1\n"
-                  "dhcp-option DOMAIN corp.example\npull-filter ignore \"route-gateway\"\ntls-version-min 1.2 "
-                  "or-highest\n"
-                  "route 10.9.0.0 255.255.0.0 vpn_gateway 5\nkeepalive 10 60\ncomp-lzo no\nauth-retry nointeract\n",
+                + "remote vpn.example.com 443 tcp4-client\nresolv-retry infinite\nredirect-gateway def1 bypass-dhcp\n"
+                  "dhcp-option DNS 10.8.0.1\ndhcp-option DNS6 fd00::1\ndhcp-option DOMAIN corp.example\n"
+                  "pull-filter ignore \"route-gateway\"\ntls-version-min 1.2 or-highest\nkeepalive 10 60\n"
+                  "route 10.9.0.0 255.255.0.0 vpn_gateway 5\ncomp-lzo no\nauth-retry nointeract\n",
             "");
         row("comments OpenVPN skips", head + "# up /bin/sh\n; plugin x.so\n\\#plugin x.so\nverb 3 # up /bin/sh\n", "");
         row("quoting that changes nothing", head + "\"verb\" '3'\n--verb 3\n\\ verb 3\n", "");
@@ -169,13 +166,8 @@ private slots:
         QFETCH(int, flags);
         QFETCH(QStringList, present);
         QFETCH(QStringList, absent);
-        FirewallRequest request;
-        request.addresses = addresses;
-        request.interfaceName = interfaceName;
-        request.killConnect = flags & 1;
-        request.ipv6Block = flags & 2;
-        request.allowLocalIp = flags & 4;
-        request.idle = flags & 8;
+        const FirewallRequest request {
+            addresses, interfaceName, bool(flags & 1), bool(flags & 2), bool(flags & 4), false, bool(flags & 8)};
         FirewallRules rules;
         QCOMPARE(rules.build(request), !present.isEmpty());
         const QString script = rules.script();

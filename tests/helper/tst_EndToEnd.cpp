@@ -8,10 +8,8 @@
 #include "MakeOVPNFile.h"
 #include "TestEnvironment.h"
 
-#include <QProcess>
-#include <QSignalSpy>
 #include <QTcpSocket>
-#include <QTest>
+#include <QtTest>
 
 namespace {
 
@@ -24,11 +22,6 @@ Tcp tcpTo(const char* address, quint16 port)
     if (socket.waitForConnected(1500))
         return Tcp::Connected;
     return socket.error() == QAbstractSocket::SocketTimeoutError ? Tcp::Dropped : Tcp::Refused;
-}
-
-bool tcpReachable(const char* address, quint16 port)
-{
-    return tcpTo(address, port) == Tcp::Connected;
 }
 
 // The daemon's answer to a request made through the engine, which comes back through the event loop.
@@ -92,15 +85,12 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QVERIFY(m_lab.writeClientConfig(file, QStringLiteral("tcp")));
 
     Connection connection;
-    FIREWALL_PARAMETERS flags;
-    flags.killConnect = true;
-    flags.ipv6Block = true;
-    flags.allowLocalIp = true;
+    const FIREWALL_PARAMETERS flags {true, true, true}; // kill switch, IPv6 block, local devices
     const QString allowed = QStringLiteral("127.0.0.1;") + QLatin1String(E2eLab::ServerAddress);
     QVERIFY(yes([&](Connection::Answer answer) { connection.firewallSupported(answer); }));
     QVERIFY(yes([&](Connection::Answer answer) { connection.firewallOn(allowed, "tun0", flags, answer); }));
     // The stray address is a local one (10/8), let through with local devices.
-    QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+    QVERIFY(tcpTo(E2eLab::StrayAddress, E2eLab::StealthPort) == Tcp::Connected);
     QSignalSpy connected(&connection, &Connection::connected);
     QSignalSpy disconnected(&connection, &Connection::disconnected);
     QSignalSpy errors(&connection, &Connection::error);
@@ -128,10 +118,10 @@ void tst_EndToEnd::connectsCarriesTrafficAndDisconnects()
     QTRY_VERIFY_WITH_TIMEOUT(statistics.last().at(2).toDouble() > receivedBefore + 200
                                  && statistics.last().at(3).toDouble() > sentBefore + 200,
                              5000);
-    QVERIFY(tcpReachable(tunnelServer.toLatin1().constData(), E2eLab::StealthPort));
-    QVERIFY(tcpReachable(E2eLab::StrayAddress, E2eLab::StealthPort));
+    QVERIFY(tcpTo(E2eLab::TcpTunnelServer, E2eLab::StealthPort) == Tcp::Connected);
+    QVERIFY(tcpTo(E2eLab::StrayAddress, E2eLab::StealthPort) == Tcp::Connected);
     // DNS goes through the tunnel (nothing answers there: refused), never to a local address.
-    QVERIFY(tcpTo(tunnelServer.toLatin1().constData(), 53) == Tcp::Refused);
+    QVERIFY(tcpTo(E2eLab::TcpTunnelServer, 53) == Tcp::Refused);
     QVERIFY(tcpTo(E2eLab::StrayAddress, 53) == Tcp::Dropped);
     QVERIFY(yes([&](Connection::Answer answer) { connection.firewallOff(answer); }));
     QProcess nft;

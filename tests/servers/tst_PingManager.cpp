@@ -80,13 +80,16 @@ private slots:
             << QStringList({"b", "a", "c"}) << 0 << 1 << "a@127.0.0.2,b@127.0.0.1,c@127.0.0.3";
         QTest::newRow("counting restarts after the signal") << QStringList({"a", "a", "a"}) << 1 << 2 << "a@127.0.0.3";
     }
+    // Whatever the names, the end of a pass is also reported once, and a result from outside it changes nothing.
     void finishRule()
     {
         QFETCH(QStringList, names);
         PingManager manager;
         QSignalSpy finished(&manager, &PingManager::pingServersFinished);
+        QSignalSpy measured(&manager, &PingManager::passMeasured);
         manager.pingServers(serversNamed(names));
         settle(manager);
+        QCOMPARE(measured.count(), 1);
         QTEST(int(finished.count()), "signalsAfterPass");
         QStringList kept;
         for (const ServerInfo& s : manager.servers())
@@ -94,6 +97,7 @@ private slots:
         QTEST(kept.join(','), "kept");
         manager.onPingFinished(false, 0.0, QStringLiteral("late"), QString());
         QTEST(int(finished.count()), "signalsAfterLateResult");
+        QCOMPARE(measured.count(), 1);
     }
 
     void resultFiling_data()

@@ -9,10 +9,11 @@
 #include "TreePingSortFilterProxyModel.h"
 
 namespace {
-// A data row of two texts.
-void addRow(const char* name, const QString& first, const QString& second)
+// A data row of texts.
+template <class... Texts>
+void addRow(const char* name, const Texts&... texts)
 {
-    QTest::newRow(name) << first << second;
+    (QTest::newRow(name) << ... << QString(texts));
 }
 } // namespace
 
@@ -180,40 +181,31 @@ private slots:
         QTEST(outline(sorted.proxy), "rows");
     }
 
+    // Each server bears the flag of its last name part, as a double-hop record bears its exit's; a group shows the
+    // flag of the standard server of its name, else of its first member.
     void grouping_data()
     {
         QTest::addColumn<QString>("entries");
         QTest::addColumn<QString>("tree");
+        QTest::addColumn<QString>("flag");
         addRow("groups in order of first appearance",
                "DE-Berlin FR-Paris DE-Frankfurt Singapore",
-               "DE[DE-Berlin,DE-Frankfurt],FR[FR-Paris],Singapore[Singapore]");
-        addRow("a repeated record appears each time", "DE-a DE-a vpn2/DE-a", "DE[DE-a,DE-a,DE-a]");
+               "DE[DE-Berlin,DE-Frankfurt],FR[FR-Paris],Singapore[Singapore]",
+               "berlin");
+        addRow("a repeated record appears each time", "DE-a DE-a vpn2/DE-a", "DE[DE-a,DE-a,DE-a]", "a");
+        addRow("the standard server of the group's name", "DE-FR:2 DE-AT:2 DE:1", "DE[DE-FR,DE-AT,DE]", "de");
+        addRow("else the first member", "DE-FR:2 DE-AT:2 DE:2", "DE[DE-FR,DE-AT,DE]", "fr");
     }
     void grouping()
-    {
-        QFETCH(QString, entries);
-        ServerTreeModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
-        model.setServers(serversFromText(entries));
-        QTEST(outline(model), "tree");
-    }
-
-    // Each server here bears its exit's flag, as a double-hop record does; the group shows its own location's.
-    void groupFlag_data()
-    {
-        QTest::addColumn<QString>("entries");
-        QTest::addColumn<QString>("flag");
-        addRow("the standard server of the group's name", "DE-FR:2 DE-AT:2 DE:1", "de");
-        addRow("else the first member", "DE-FR:2 DE-AT:2 DE:2", "fr");
-    }
-    void groupFlag()
     {
         QFETCH(QString, entries);
         QVector<ServerInfo> list = serversFromText(entries);
         for (ServerInfo& server : list)
             server.flag = server.name.section(QLatin1Char('-'), -1).toLower();
         ServerTreeModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
         model.setServers(list);
+        QTEST(outline(model), "tree");
         QTEST(model.index(0, 0).data(AbstractServerModel::FlagRole).toString(), "flag");
     }
 

@@ -11,7 +11,6 @@
 #include "LocalSettings.h"
 #include "LoginWindow.h"
 #include "NetworkManager.h"
-#include "ServiceAddresses.h"
 #include "SubscriptionPurchaseWindow.h"
 #include "TestEnvironment.h"
 
@@ -175,10 +174,10 @@ private slots:
         QVERIFY(CustomMessageBox::answeredMessages().value(0).text.endsWith(QLatin1String("https://velmora.com/buy")));
 
         // While the kill switch blocks the Internet no browser is asked: the message says why, with the link.
-        ServiceAddresses::setBypassingLookups(true);
+        CustomMessageBox::setInternetBlocked(true);
         CustomMessageBox::setNextAnswer(QMessageBox::Ok);
         CustomMessageBox::openLink(nullptr, QStringLiteral("https://velmora.com/buy"));
-        ServiceAddresses::setBypassingLookups(false);
+        CustomMessageBox::setInternetBlocked(false);
         QCOMPARE(CustomMessageBox::answeredMessages().size(), 2);
         QVERIFY(CustomMessageBox::answeredMessages().at(1).text.contains(QLatin1String("kill switch")));
         QVERIFY(!m_opened.contains(QUrl(QStringLiteral("https://velmora.com/buy"))));

@@ -24,11 +24,6 @@ ServerInfo server(const QString& name, const QString& ip)
                           .arg(name, ip, QString::number(OpenVpnUdp), QString::number(ServerInfo::Standart)));
 }
 
-void setSetting(const QString& key, const QVariant& value)
-{
-    LocalSettings::instance()->setValue(key, value);
-}
-
 } // namespace
 
 // The connect page against the fake helper daemon, its fake OpenVPN management port and the fake service.
@@ -90,7 +85,7 @@ private slots:
     {
         m_daemon->setManagementScript(
             ManagementScript::fromFile(QStringLiteral(TEST_DATA "/management/real-reconnect.txt")));
-        setSetting(Keys::OvpnProtocol, QStringLiteral("udp"));
+        LocalSettings::instance()->setValue(Keys::OvpnProtocol, QStringLiteral("udp"));
         makePage();
         QTest::mouseClick(m_page->findChild<QPushButton*>("btnConnect"), Qt::LeftButton);
         const QLabel* status = m_page->findChild<QLabel*>("lbStatus");
@@ -117,7 +112,7 @@ private slots:
     // page leads to the setting in one click; lifting the rules takes the notice away.
     void blockedByTheKillSwitch()
     {
-        setSetting(Keys::KillConnect, true);
+        LocalSettings::instance()->setValue(Keys::KillConnect, true);
         makePage();
         m_page->show();
         const QLabel* blocked = m_page->findChild<QLabel*>("lbBlocked");
@@ -152,7 +147,7 @@ private slots:
         m_daemon->setResult(0);
         if (!withTemplate)
             m_host->config.clear();
-        setSetting(Keys::OvpnProtocol, QStringLiteral("tcp"));
+        LocalSettings::instance()->setValue(Keys::OvpnProtocol, QStringLiteral("tcp"));
         makePage();
         CustomMessageBox::setNextAnswer(QMessageBox::Ok);
         m_page->onClickConnect();

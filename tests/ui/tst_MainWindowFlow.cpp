@@ -15,8 +15,6 @@
 #include "TestEnvironment.h"
 #include "UpdateOffer.h"
 
-#include <QScopeGuard>
-
 #include <memory>
 
 // The window against the fake service and the fake helper daemon: the pages and messages it shows for what its

@@ -6,9 +6,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QRegularExpression>
-#include <QTranslator>
-#include <QXmlStreamReader>
 #include <QtTest>
 
 #include <memory>
@@ -188,10 +185,9 @@ private slots:
         QTest::addColumn<bool>("connected");
         for (const char* code : languageCodes)
             QTest::addRow("%s, idle", code) << QString::fromLatin1(code) << QStringLiteral("en") << false;
-        QTest::newRow("ru, connected") << "ru"
-                                       << "en" << true;
-        QTest::newRow("back to English from Chinese, connected") << "en"
-                                                                 << "zh_CN" << true;
+        QTest::newRow("ru, connected") << QStringLiteral("ru") << QStringLiteral("en") << true;
+        QTest::newRow("back to English from Chinese, connected")
+            << QStringLiteral("en") << QStringLiteral("zh_CN") << true;
     }
     void everyPageFollowsTheLanguage()
     {
@@ -221,6 +217,7 @@ private slots:
         QCOMPARE(connect->isConnected(), connected);
 
         selectLanguage(code);
+        QCOMPARE(m_window->layoutDirection(), code == QLatin1String("ar") ? Qt::RightToLeft : Qt::LeftToRight);
         stale << staleTexts(QStringLiteral("settings page"), shownTexts(m_window->settingsPage()), now, previous);
         QTest::mouseClick(m_window->settingsPage()->backButton(), Qt::LeftButton);
         QVERIFY(connect->isVisible());
@@ -245,9 +242,7 @@ private slots:
         m_window->onBack();
 
         // The pages of the signed-out side are reached through a sign-out; their texts are there already.
-        for (QWidget* page : {static_cast<QWidget*>(m_window->loginPage()),
-                              static_cast<QWidget*>(m_window->selectionPage()),
-                              static_cast<QWidget*>(m_window->purchasePage())})
+        for (QWidget* page : QWidgetList {m_window->loginPage(), m_window->selectionPage(), m_window->purchasePage()})
             stale << staleTexts(page->objectName(), shownTexts(page), now, previous);
         for (QWidget* window : QApplication::topLevelWidgets()) {
             if (qobject_cast<QDialog*>(window) || window->inherits("ShowLog"))
@@ -255,13 +250,8 @@ private slots:
         }
 
         // Message boxes: the program's own buttons, and two messages made at the moment they show.
-        const std::unique_ptr<QMessageBox> box
-            = CustomMessageBox::create(CustomMessageBox::Kind::Question,
-                                       nullptr,
-                                       QString(),
-                                       QStringLiteral("?"),
-                                       QMessageBox::Yes | QMessageBox::No | QMessageBox::Ok | QMessageBox::Cancel,
-                                       QMessageBox::NoButton);
+        const auto buttons = QMessageBox::Yes | QMessageBox::No | QMessageBox::Ok | QMessageBox::Cancel;
+        const auto box = CustomMessageBox::create(CustomMessageBox::Kind::Question, nullptr, {}, "?", buttons, {});
         stale << staleTexts(QStringLiteral("message box"), shownTexts(box.get()), now, previous);
         CustomMessageBox::clearAnswers();
         CustomMessageBox::setNextAnswer(QMessageBox::No);

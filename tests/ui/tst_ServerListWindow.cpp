@@ -1,6 +1,8 @@
 #include <QAbstractItemModelTester>
+#include <QHelpEvent>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QToolTip>
 #include <QtTest>
 
 #include "AbstractFilterModel.h"
@@ -176,6 +178,42 @@ private slots:
         index = findRow(m_page->proxy(), row);
         clickIndex(m_page->view(), index.sibling(index.row(), 1));
         QTRY_COMPARE(LocalSettings::instance()->value(key).toStringList(), QStringList());
+    }
+
+    void rowsFollowLayoutDirection_data()
+    {
+        QTest::addColumn<Qt::LayoutDirection>("direction");
+        QTest::newRow("LeftToRight") << Qt::LeftToRight;
+        QTest::newRow("RightToLeft") << Qt::RightToLeft;
+    }
+    void rowsFollowLayoutDirection()
+    {
+        QFETCH(Qt::LayoutDirection, direction);
+        m_page->setLayoutDirection(direction);
+        m_page->setServers(serversFromText(QStringLiteral("Berlin")), 4, false);
+        m_page->onFilterChange(ServerListWindow::StandartFilter);
+        QWidget* viewport = m_page->view()->viewport();
+        const QRect cell = m_page->view()->visualRect(findRow(m_page->proxy(), QStringLiteral("Berlin")));
+        const QImage picture = viewport->grab().toImage();
+        // How far the ink (flag, name, the dash of the unknown latency) keeps from the cell's ends; the
+        // bottom line is the separator.
+        int left = cell.width(), right = cell.width();
+        for (int i = 0; i < cell.width() * (cell.height() - 1); ++i) {
+            const int x = i % cell.width();
+            if (qGray(picture.pixel(cell.left() + x, cell.top() + i / cell.width())) < 230) {
+                left = qMin(left, x);
+                right = qMin(right, cell.width() - 1 - x);
+            }
+        }
+        // The flag is indented from the leading end; the dash sits close to the trailing end, and its note
+        // answers there.
+        const bool rtl = direction == Qt::RightToLeft;
+        QCOMPARE(left > right, !rtl);
+        const QPoint dash(rtl ? cell.left() + left + 1 : cell.right() - right - 1, cell.center().y());
+        QHelpEvent help(QEvent::ToolTip, dash, viewport->mapToGlobal(dash));
+        QApplication::sendEvent(viewport, &help);
+        QVERIFY(!QToolTip::text().isEmpty());
+        QToolTip::hideText();
     }
 
 private:

@@ -11,7 +11,7 @@ namespace {
 
 const QString trustedAuthority = QStringLiteral("tavrin-test-ca");
 const QString unknownAuthority = QStringLiteral("unknown-ca");
-const QString localNames = QStringLiteral("IP:127.0.0.1, DNS:localhost");
+const QString localNames = QStringLiteral("IP:127.0.0.1, DNS:localhost, DNS:api.e2e.test");
 
 struct Recipe
 {

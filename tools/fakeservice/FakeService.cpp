@@ -36,7 +36,7 @@ FakeService::FakeService(QObject* parent)
 
 FakeService::~FakeService() = default;
 
-bool FakeService::start(quint16 port, QString* error)
+bool FakeService::start(quint16 port, QString* error, const QHostAddress& address)
 {
     // Made now rather than at the first connection, so that a missing openssl shows here.
     QSslCertificate certificate;
@@ -47,7 +47,7 @@ bool FakeService::start(quint16 port, QString* error)
             *error = reasonText;
         return false;
     }
-    if (!listen(QHostAddress::LocalHost, port)) {
+    if (!listen(address, port)) {
         if (error)
             *error = errorString();
         return false;
@@ -57,7 +57,7 @@ bool FakeService::start(quint16 port, QString* error)
 
 QString FakeService::baseUrl() const
 {
-    return QStringLiteral("%1://127.0.0.1:%2").arg(QLatin1String(m_plain ? "http" : "https")).arg(serverPort());
+    return QStringLiteral("%1://%2:%3").arg(QLatin1String(m_plain ? "http" : "https"), m_hostName).arg(serverPort());
 }
 
 void FakeService::failNext(int count, Fault fault)

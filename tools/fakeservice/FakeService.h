@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHostAddress>
 #include <QTcpServer>
 #include <QUrl>
 #include <QVector>
@@ -34,8 +35,12 @@ public:
     explicit FakeService(QObject* parent = nullptr);
     ~FakeService() override;
 
-    // Listens on 127.0.0.1; port 0 picks a free one. False with a reason when the certificate or the port fails.
-    bool start(quint16 port = 0, QString* error = nullptr);
+    // Listens on the address (127.0.0.1 unless given); port 0 picks a free one. False with a reason when the
+    // certificate or the port fails.
+    bool start(quint16 port = 0, QString* error = nullptr, const QHostAddress& address = QHostAddress::LocalHost);
+    // The host that baseUrl() names; 127.0.0.1 unless set. The trusted certificate is also valid for the
+    // end-to-end lab's name, "api.e2e.test".
+    void setHostName(const QString& name) { m_hostName = name; }
     void setPlainHttp(bool plain) { m_plain = plain; }
     QString baseUrl() const;
     // The PEM file of the authority behind the trusted certificate; the same for every service of the process.
@@ -79,6 +84,7 @@ private:
     FakeFixture m_fixture;
     FakeCertificates::Kind m_certificateKind = FakeCertificates::Kind::Trusted;
     bool m_plain = false;
+    QString m_hostName = QStringLiteral("127.0.0.1");
     Fault m_fault = Fault::None;
     Fault m_nextFault = Fault::None;
     int m_nextFaultCount = 0;

@@ -1,5 +1,6 @@
 // Renders the sign-in, selection, server list, settings, account and purchase pages with the fake service's demo
-// account into PNG files, so that a person can look at them (scripts/screenshots pages runs this under Xvfb).
+// account, and the location list with latencies in English and Arabic, into PNG files, so that a person can look at
+// them (scripts/screenshots pages runs this under Xvfb).
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -134,6 +135,17 @@ int main(int argc, char* argv[])
     ok &= save(list, dir, QStringLiteral("page-servers-search.png"));
     list.searchEdit()->setText(QStringLiteral("nowhere"));
     ok &= save(list, dir, QStringLiteral("page-servers-search-empty.png"));
+    // The latencies in the favourite and recommended locations, and in the search over all of them.
+    const auto latencyShots = [&list, &dir](const QString& code) {
+        list.searchEdit()->clear();
+        list.onFilterChange(ServerListWindow::FavoritesFilter);
+        bool done = save(list, dir, QStringLiteral("locations-latency-%1.png").arg(code));
+        list.filterButton(ServerListWindow::SearchFilter)->click();
+        done &= save(list, dir, QStringLiteral("locations-latency-all-%1.png").arg(code));
+        list.onFilterChange(ServerListWindow::FavoritesFilter);
+        return done;
+    };
+    ok &= latencyShots(QStringLiteral("en"));
 
     LocalSettings::instance()->setValue(Keys::VpnLogin, QStringLiteral("vpn-demo1"));
     AccountWindow account;
@@ -153,5 +165,8 @@ int main(int argc, char* argv[])
     settings.languageBox()->setCurrentIndex(settings.languageBox()->findData(QStringLiteral("ru")));
     QTest::qWait(50);
     ok &= save(settings, dir, QStringLiteral("page-settings-ru.png"));
+    settings.languageBox()->setCurrentIndex(settings.languageBox()->findData(QStringLiteral("ar")));
+    QTest::qWait(50);
+    ok &= latencyShots(QStringLiteral("ar"));
     return ok ? 0 : 1;
 }
