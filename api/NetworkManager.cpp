@@ -4,8 +4,11 @@
 #include <QDebug>
 #include <QHash>
 #include <QMutexLocker>
+#include <QTimer>
 #include <QUrl>
 #include <QUrlQuery>
+
+#include <malloc.h>
 
 #include "AccountAnswer.h"
 #include "Constants.h"
@@ -43,6 +46,7 @@ NetworkManager::NetworkManager()
     connect(m_pingManager, &PingManager::passMeasured, this, [this] {
         takeLatencies();
         emit latenciesMeasured();
+        ::malloc_trim(0); // and what the pass's threads freed in their arenas
     });
     loadCachedData();
     // Channels have no parent: the pointers below own them.
@@ -193,6 +197,8 @@ void NetworkManager::slotAuthFinished()
     saveCachedData();
     startPing();
     emit auth(lite ? LiteAccount : Success, QString());
+    // Reading the answer and filling the pages leave much freed memory behind in the heap: give it back.
+    QTimer::singleShot(0, this, [] { ::malloc_trim(0); });
 }
 
 void NetworkManager::slotServerListFinished()
@@ -419,7 +425,8 @@ void NetworkManager::loadCachedData()
     ServerLines reader;
     for (const QString& line : lines)
         m_account.servers.append(reader.server(line));
-    startPing();
+    // Once the event loop runs: starting a thousand jobs is no reason to show the window later.
+    QTimer::singleShot(0, this, &NetworkManager::startPing);
 }
 
 void NetworkManager::clearCache()

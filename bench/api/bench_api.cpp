@@ -1,5 +1,7 @@
-// Times the service client on a large account: a sign-in answer of 10,000 servers through the real handler, and
-// the offline cache's save and load of that account. Goal: each under 100 ms.
+// Times the service client on a large account: a sign-in answer of 10,000 servers through the real handler, beside
+// the bare transfer of the same answer, and the offline cache's save and load of that account. Goals at 10,000:
+// the sign-in within 1.3 times the transfer, the cache load within 12 ms.
+// Usage: bench_api [servers...]   (default 10000; several counts show how the cost grows)
 //
 // Every sign-in and load starts a ping pass of 10,000 jobs, each of which starts a process. Those forks of a large
 // process slow everything else down for minutes, so each measurement runs in a fresh child process that reports
@@ -15,6 +17,7 @@
 #include <algorithm>
 #include <unistd.h>
 
+#include "BenchGoal.h"
 #include "FakeService.h"
 #include "GetManager.h"
 #include "LocalSettings.h"
@@ -22,7 +25,7 @@
 #include "TestEnvironment.h"
 
 namespace {
-const int serverCount = 10000;
+int serverCount = 10000;
 const int rounds = 5;
 
 FakeFixture largeAccount()
@@ -58,6 +61,11 @@ int signInChild(QTextStream& out)
 {
     const QString base = NetworkManager::apiLink();
     GetManager channel(10000, nullptr);
+    // A first small request loads the TLS library and the authorities, as the program does while it starts, so that
+    // neither figure below carries that.
+    channel.getAsync(QUrl(base + QStringLiteral("/connect?act=time")), 0);
+    if (!waitFor(&channel, &GetManager::finished))
+        return 1;
     QElapsedTimer timer;
     timer.start();
     channel.getAsync(QUrl(base + QStringLiteral("/connect?login=demo&pass=demo&act=wizardsetup")), 0);
@@ -112,13 +120,9 @@ struct Column
     double worst() const { return *std::max_element(values.cbegin(), values.cend()); }
 };
 
-void report(QTextStream& out, const char* what, const Column& column, bool goal)
+void report(QTextStream& out, const char* what, const Column& column)
 {
-    out << QString::asprintf("  %-52s median %7.1f ms  worst %7.1f ms%s\n",
-                             what,
-                             column.median(),
-                             column.worst(),
-                             !goal ? "" : (column.median() < 100.0 ? "  (goal met)" : "  (OVER 100 ms)"));
+    out << QString::asprintf("  %-52s median %7.1f ms  worst %7.1f ms\n", what, column.median(), column.worst());
 }
 
 QList<QByteArray> runChild(const QString& mode)
@@ -134,34 +138,9 @@ QList<QByteArray> runChild(const QString& mode)
     const QByteArray line = child.readAllStandardOutput().trimmed();
     return line.split(' ');
 }
-} // namespace
-
-int main(int argc, char** argv)
+// One account size: the sign-in and load children, five rounds each, and the figures with their goals.
+bool measure(QTextStream& out)
 {
-    const bool child = argc == 3 && qstrcmp(argv[1], "--child") == 0;
-    QScopedPointer<TestEnvironment> environment(child ? nullptr : new TestEnvironment);
-    QCoreApplication app(argc, argv);
-    app.setOrganizationName(QStringLiteral("QOLV"));
-    app.setApplicationName(QStringLiteral("Tavrin"));
-    QTextStream out(stdout);
-    if (child) {
-        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-        const int rc = qstrcmp(argv[2], "signin") == 0 ? signInChild(out) : loadChild(out);
-        out.flush();
-        // Leave at once: the ping pass would otherwise be waited for.
-        ::_exit(rc);
-    }
-
-    FakeService service;
-    service.setFixture(largeAccount());
-    QString error;
-    if (!service.start(0, &error)) {
-        out << "cannot start the fake service: " << error << '\n';
-        return 1;
-    }
-    qputenv("TAVRIN_API_URL", service.baseUrl().toUtf8());
-    qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
-
     Column transfer, signIn, handler, save, saveToDisk, readFile, load;
     int answerBytes = 0;
     int reloaded = 0;
@@ -169,7 +148,7 @@ int main(int argc, char** argv)
         const QList<QByteArray> f = runChild(QStringLiteral("signin"));
         if (f.size() != 6 || f[0] != "signin") {
             out << "sign-in run failed\n";
-            return 1;
+            return false;
         }
         transfer.values << f[1].toDouble();
         signIn.values << f[2].toDouble();
@@ -182,7 +161,7 @@ int main(int argc, char** argv)
         const QList<QByteArray> f = runChild(QStringLiteral("load"));
         if (f.size() != 4 || f[0] != "load") {
             out << "load run failed\n";
-            return 1;
+            return false;
         }
         readFile.values << f[1].toDouble();
         load.values << f[2].toDouble();
@@ -194,14 +173,62 @@ int main(int argc, char** argv)
                              double(answerBytes) / (1024 * 1024),
                              rounds);
     out << "Sign-in answer (loopback HTTPS, bytes to the auth signal):\n";
-    report(out, "round trip: request to auth()", signIn, false);
-    report(out, "bare transfer of the same answer", transfer, false);
-    report(out, "handler: parse, store, start pings, save (difference)", handler, true);
+    report(out, "round trip: request to auth()", signIn);
+    report(out, "bare transfer of the same answer", transfer);
+    report(out, "handler: parse, store, start pings, save (difference)", handler);
+    out << QString::asprintf("  ratio sign-in / bare transfer %.2f\n", signIn.median() / transfer.median());
     out << "Offline cache of that account:\n";
-    report(out, "save into the settings store", save, true);
-    report(out, "save including the write to disk", saveToDisk, false);
-    report(out, "load: settings file read", readFile, false);
-    report(out, "load: file read and tables filled (restart)", load, true);
+    report(out, "save into the settings store", save);
+    report(out, "save including the write to disk", saveToDisk);
+    report(out, "load: settings file read", readFile);
+    report(out, "load: file read and tables filled (restart)", load);
     out << "  servers of the chosen login after the reload: " << reloaded << '\n';
-    return reloaded == serverCount / 2 ? 0 : 1;
+    if (serverCount == 10000) {
+        out << goalLine("sign-in", signIn.median(), "ms", 1.3 * transfer.median()) << '\n';
+        out << goalLine("cache load", load.median(), "ms", 12) << '\n';
+    }
+    out.flush();
+    return reloaded == serverCount / 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const bool child = argc == 3 && qstrcmp(argv[1], "--child") == 0;
+    QScopedPointer<TestEnvironment> environment(child ? nullptr : new TestEnvironment);
+    QCoreApplication app(argc, argv);
+    app.setOrganizationName(QStringLiteral("QOLV"));
+    app.setApplicationName(QStringLiteral("Tavrin"));
+    QTextStream out(stdout);
+    if (child) {
+        serverCount = qEnvironmentVariableIntValue("BENCH_API_SERVERS");
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+        const int rc = qstrcmp(argv[2], "signin") == 0 ? signInChild(out) : loadChild(out);
+        out.flush();
+        // Leave at once: the ping pass would otherwise be waited for.
+        ::_exit(rc);
+    }
+
+    FakeService service;
+    QString error;
+    if (!service.start(0, &error)) {
+        out << "cannot start the fake service: " << error << '\n';
+        return 1;
+    }
+    qputenv("TAVRIN_API_URL", service.baseUrl().toUtf8());
+    qputenv("TAVRIN_CA_FILE", QFile::encodeName(FakeService::caFile()));
+    QList<int> counts;
+    for (int i = 1; i < argc; ++i)
+        counts << std::max(2, atoi(argv[i]));
+    if (counts.isEmpty())
+        counts << serverCount;
+    for (const int count : qAsConst(counts)) {
+        serverCount = count;
+        qputenv("BENCH_API_SERVERS", QByteArray::number(count));
+        service.setFixture(largeAccount());
+        if (!measure(out))
+            return 1;
+    }
+    return 0;
 }

@@ -1,14 +1,17 @@
 // Starts the real tavrin binary again and again against the fake service and the fake helper daemon,
-// with a remembered user whose cached account holds 1,000 locations, and reports:
-//  - the time from starting the process to the main window being shown (the "MainWindow::onShow" log line);
-//  - the resident memory of the idle program once the sign-in and its server list are done.
-// Usage: bench_startup [runs=10] [locations=1000]
+// with a remembered user whose cached account holds 1,000 locations, and after each a bare Qt program
+// (bare_qt_window: one window, the TLS library loaded), and reports for both:
+//  - the time from starting the process to the main window being shown (the "MainWindow::onShow" log line,
+//    the bare program's "shown"); the program's figure leaves out its single-instance wait (2 x 100 ms);
+//  - the resident memory of the idle process: the program's once the sign-in and its server list are done.
+// Usage: bench_startup [runs=10] [locations=1000]; BENCH_STARTUP_MAPS=1 adds where the resident memory lies.
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
+#include <QMap>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -17,7 +20,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 
+#include "BenchGoal.h"
 #include "FakeHelperDaemon.h"
 #include "FakeService.h"
 #include "Keys.h"
@@ -61,6 +66,29 @@ qint64 residentKiB(qint64 pid)
     return -1;
 }
 
+// With BENCH_STARTUP_MAPS set, where a process's resident memory lies: the largest mappings by file (anonymous
+// memory as "[anon]"), in KiB.
+void printMaps(const char* who, qint64 pid)
+{
+    if (!qEnvironmentVariableIsSet("BENCH_STARTUP_MAPS"))
+        return;
+    QMap<QByteArray, qint64> byName;
+    QByteArray name;
+    for (const QByteArray& line : readFile(QStringLiteral("/proc/%1/smaps").arg(pid)).split('\n')) {
+        const QList<QByteArray> fields = line.simplified().split(' ');
+        if (fields.size() >= 5 && fields.at(0).contains('-') && !line.endsWith(':'))
+            name = fields.size() >= 6 ? fields.at(5) : QByteArrayLiteral("[anon]");
+        else if (fields.value(0) == "Rss:")
+            byName[name] += fields.value(1).toLongLong();
+    }
+    QVector<QPair<qint64, QByteArray>> sorted;
+    for (auto it = byName.cbegin(); it != byName.cend(); ++it)
+        sorted.append({it.value(), it.key()});
+    std::sort(sorted.begin(), sorted.end(), std::greater<>());
+    for (int i = 0; i < std::min(20, int(sorted.size())); ++i)
+        std::printf("  %s %8lld KiB %s\n", who, sorted.at(i).first, sorted.at(i).second.constData());
+}
+
 FakeFixture largeFixture(int locations)
 {
     FakeFixture fixture = FakeFixture::demo();
@@ -84,6 +112,18 @@ FakeFixture largeFixture(int locations)
         fixture.servers << server;
     }
     return fixture;
+}
+
+// The program's two 100 ms pauses while it looks for a running instance.
+const double SingleInstanceWaitMs = 200;
+
+void stop(QProcess& process)
+{
+    process.terminate();
+    if (!process.waitForFinished(5000)) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
 }
 
 double median(QVector<double> values)
@@ -153,8 +193,7 @@ int main(int argc, char** argv)
     }
 
     const QString logPath = home + QStringLiteral("/.local/share/QOLV/Tavrin/log.txt");
-    QVector<double> startMs;
-    QVector<double> residentMiB;
+    QVector<double> startMs, bareStartMs, residentMiB, bareResidentMiB;
     for (int run = 0; run < runs; ++run) {
         QFile::remove(logPath);
         QProcess process;
@@ -162,13 +201,16 @@ int main(int argc, char** argv)
         process.setStandardOutputFile(QProcess::nullDevice());
         QElapsedTimer clock;
         clock.start();
-        process.start(QStringLiteral(TAVRIN_BINARY), QStringList());
+        // BENCH_STARTUP_WRAPPER runs the program under a profiler, e.g. "heaptrack -o /tmp/start".
+        QStringList command = QString::fromLocal8Bit(qgetenv("BENCH_STARTUP_WRAPPER")).split(' ', Qt::SkipEmptyParts);
+        command << QStringLiteral(TAVRIN_BINARY);
+        process.start(command.takeFirst(), command);
         if (!waitForLog(logPath, "MainWindow::onShow", 1, 30000, &clock)) {
             std::fprintf(
                 stderr, "run %d: the window was not shown\n%s\n", run + 1, readFile(logPath).right(2000).constData());
             return 1;
         }
-        startMs << double(clock.nsecsElapsed()) / 1e6;
+        startMs << double(clock.nsecsElapsed()) / 1e6 - SingleInstanceWaitMs;
         if (qEnvironmentVariableIsSet("BENCH_STARTUP_LOG"))
             std::fprintf(stderr, "%s\n", readFile(logPath).constData());
 
@@ -179,22 +221,44 @@ int main(int argc, char** argv)
         }
         pump(3000);
         residentMiB << double(residentKiB(process.processId())) / 1024.0;
+        printMaps("tavrin", process.processId());
+        stop(process);
 
-        process.terminate();
-        if (!process.waitForFinished(5000)) {
-            process.kill();
-            process.waitForFinished(5000);
-        }
-        std::printf("run %2d: start %.1f ms, idle resident %.1f MiB\n", run + 1, startMs.last(), residentMiB.last());
+        QProcess bare;
+        bare.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        clock.restart();
+        bare.start(QStringLiteral(BARE_QT_BINARY), QStringList());
+        while (!bare.canReadLine() && bare.waitForReadyRead(30000)) { }
+        bareStartMs << double(clock.nsecsElapsed()) / 1e6;
+        pump(3000);
+        bareResidentMiB << double(residentKiB(bare.processId())) / 1024.0;
+        printMaps("bare", bare.processId());
+        stop(bare);
+        std::printf("run %2d: start %.1f ms (bare %.1f), idle resident %.1f MiB (bare %.1f)\n",
+                    run + 1,
+                    startMs.last(),
+                    bareStartMs.last(),
+                    residentMiB.last(),
+                    bareResidentMiB.last());
     }
-    std::printf("start to main window shown (cached start, offscreen, %d runs): median %.1f ms, min %.1f, max %.1f\n",
+    const double start = median(startMs), bareStart = median(bareStartMs);
+    const double resident = median(residentMiB), bareResident = median(bareResidentMiB);
+    std::printf("start to main window shown (cached start, offscreen, %d runs, less the single-instance wait): "
+                "median %.1f ms, min %.1f, max %.1f; bare Qt program %.1f ms; ratio %.2f\n",
                 runs,
-                median(startMs),
+                start,
                 *std::min_element(startMs.begin(), startMs.end()),
-                *std::max_element(startMs.begin(), startMs.end()));
-    std::printf("idle resident memory with %d locations: median %.1f MiB, max %.1f\n",
+                *std::max_element(startMs.begin(), startMs.end()),
+                bareStart,
+                start / bareStart);
+    std::printf("idle resident memory with %d locations: median %.1f MiB, max %.1f; bare Qt program %.1f MiB; "
+                "difference %.1f MiB\n",
                 locations,
-                median(residentMiB),
-                *std::max_element(residentMiB.begin(), residentMiB.end()));
+                resident,
+                *std::max_element(residentMiB.begin(), residentMiB.end()),
+                bareResident,
+                resident - bareResident);
+    std::printf("%s\n", qPrintable(goalLine("start", start, "ms", 2 * bareStart)));
+    std::printf("%s\n", qPrintable(goalLine("idle memory", resident, "MiB", bareResident + 10)));
     return 0;
 }

@@ -2,6 +2,7 @@
 // configuration and server until its "Initialization Sequence Completed". Runs in the network
 // namespaces of the e2e tests; needs root and /dev/net/tun.
 
+#include "BenchGoal.h"
 #include "E2eLab.h"
 
 #include "Connection.h"
@@ -147,6 +148,7 @@ int main(int argc, char* argv[])
     std::printf("median over %d connections (OpenVPN over UDP, namespaces):\n", Rounds);
     std::printf("  Connection::connect -> connected        %8.1f ms\n", e);
     std::printf("  raw openvpn -> Initialization Sequence  %8.1f ms\n", r);
-    std::printf("  engine adds %.1f ms (goal: under 150 ms), ratio engine/raw %.2f\n", e - r, e / r);
+    std::printf("  engine adds %.1f ms, ratio engine/raw %.2f\n", e - r, e / r);
+    std::printf("%s\n", qPrintable(goalLine("connect beyond raw OpenVPN", e - r, "ms", 50)));
     return 0;
 }

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+#include "BenchGoal.h"
 #include "FavoritesServerModel.h"
 #include "FavoritesSortFilterProxyModel.h"
 #include "PingSortFilterProxyModel.h"
@@ -18,7 +19,9 @@
 
 namespace {
 const int runs = 9;
-const double goalMs = 20.0;
+const double goalMs = 4.0;
+// The slowest operation at 10,000 locations, for the goal line.
+double worstAtGoalSize = 0;
 
 QVector<ServerInfo> syntheticServers(int count)
 {
@@ -118,7 +121,9 @@ QTextStream& out()
 
 bool report(int size, const char* model, const char* operation, Timing timing)
 {
-    const bool ok = size < 10000 || timing.wallMs < goalMs;
+    if (size == 10000)
+        worstAtGoalSize = std::max(worstAtGoalSize, timing.wallMs);
+    const bool ok = size != 10000 || timing.wallMs <= goalMs;
     out() << QString::asprintf("%6d  %-10s %-22s %9.3f ms wall %9.3f ms cpu%s\n",
                                size,
                                model,
@@ -190,14 +195,14 @@ bool benchModel(int size, const char* label, const QVector<ServerInfo>& list)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    out() << "median of " << runs << " runs; goal at 10000 locations: under " << goalMs << " ms each\n";
+    out() << "median of " << runs << " runs\n";
     bool ok = true;
-    for (int size : {1000, 10000}) {
+    for (int size : {1000, 10000, 50000}) {
         const QVector<ServerInfo> list = syntheticServers(size);
         ok &= benchModel<ServerPingModel, PingSortFilterProxyModel>(size, "flat", list);
         ok &= benchModel<FavoritesServerModel, FavoritesSortFilterProxyModel>(size, "favorites", list);
         ok &= benchModel<ServerTreeModel, TreePingSortFilterProxyModel>(size, "tree", list);
     }
-    out() << (ok ? "all within the goal\n" : "some over the goal\n");
+    out() << goalLine("models at 10000 (slowest operation)", worstAtGoalSize, "ms", goalMs) << '\n';
     return 0;
 }

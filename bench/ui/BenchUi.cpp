@@ -10,6 +10,7 @@
 
 #include "AbstractFilterModel.h"
 #include "AbstractServerModel.h"
+#include "BenchGoal.h"
 #include "SearchEdit.h"
 #include "ServerListWindow.h"
 #include "ServerTreeView.h"
@@ -19,7 +20,9 @@
 namespace {
 
 const int runs = 9;
-const double goalMs = 50.0;
+const double goalMs = 6.0;
+// The slowest step at 10,000 locations, for the goal line.
+double worstAtGoalSize = 0;
 
 QTextStream& out()
 {
@@ -82,7 +85,9 @@ bool measure(const QString& name,
         times.append(timer.nsecsElapsed() / 1e6);
     }
     const double ms = median(times);
-    const bool ok = size < 10000 || ms < goalMs;
+    if (size == 10000)
+        worstAtGoalSize = std::max(worstAtGoalSize, ms);
+    const bool ok = size != 10000 || ms <= goalMs;
     out() << QStringLiteral("%1 %2 %3 ms%4\n")
                  .arg(name, -34)
                  .arg(size, 6)
@@ -105,8 +110,7 @@ int main(int argc, char** argv)
     app.setApplicationName(QStringLiteral("Tavrin"));
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
 
-    out() << "median of " << runs << " runs; goal at 10000 locations: under " << goalMs
-          << " ms each, layout and paint included\n";
+    out() << "median of " << runs << " runs, layout and paint included\n";
     bool allOk = true;
     for (int size : {1000, 10000}) {
         const QVector<ServerInfo> servers = catalogue(size);
@@ -176,5 +180,6 @@ int main(int argc, char** argv)
             [&] { QTest::keyClick(page.searchEdit(), Qt::Key_E); },
             page);
     }
+    out() << goalLine("server-list page at 10000 (slowest step)", worstAtGoalSize, "ms", goalMs) << '\n';
     return allOk ? 0 : 1;
 }
