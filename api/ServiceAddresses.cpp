@@ -12,10 +12,14 @@
 #include <QMap>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QSslSocket>
+#include <QTimer>
 
 #include <atomic>
 
 namespace {
+
+constexpr int ProbeTimeoutMs = 20000;
 
 std::atomic<bool> bypassing {false};
 
@@ -23,9 +27,16 @@ QMutex mutex;
 // Host name to the text of its address for this run (downloads ask from their own thread).
 QHash<QString, QString> found;
 
-QString firstAddress(const QHostInfo& info)
+// An IPv4 address where there is one: the IPv6 leak protection drops IPv6, so an IPv6 address could not
+// carry the program's requests while the rules are up.
+QString preferredAddress(const QHostInfo& info)
 {
-    return info.addresses().isEmpty() ? QString() : info.addresses().constFirst().toString();
+    const QList<QHostAddress> addresses = info.addresses();
+    for (const QHostAddress& address : addresses) {
+        if (address.protocol() == QAbstractSocket::IPv4Protocol)
+            return address.toString();
+    }
+    return addresses.isEmpty() ? QString() : addresses.constFirst().toString();
 }
 
 QMap<QString, QString> remembered()
@@ -43,7 +54,7 @@ QMap<QString, QString> remembered()
 void remember(const QString& host, const QString& address)
 {
     QMap<QString, QString> map = remembered();
-    if (address.isEmpty() || map.value(host) == address)
+    if (map.value(host) == address)
         return;
     map.insert(host, address);
     QStringList pairs;
@@ -52,18 +63,20 @@ void remember(const QString& host, const QString& address)
     LocalSettings::instance()->setValue(Keys::ServiceAddresses, pairs.join(QLatin1Char(';')));
 }
 
-// The address for this run: a literal as it is; else the one remembered, refreshed in the background for the
+// The address for this run: a literal as it is; else the one kept, looked up again in the background for the
 // next run; else a lookup now.
-QString pin(const QString& host)
+QString pin(const QString& host, quint16 port)
 {
     if (!QHostAddress(host).isNull())
         return host;
     QString address = remembered().value(host);
     if (address.isEmpty()) {
-        address = firstAddress(QHostInfo::fromName(host));
-        remember(host, address);
+        address = preferredAddress(QHostInfo::fromName(host));
+        ServiceAddresses::keepIfVerified(host, port, address);
     } else {
-        QHostInfo::lookupHost(host, qApp, [host](const QHostInfo& info) { remember(host, firstAddress(info)); });
+        QHostInfo::lookupHost(host, qApp, [host, port](const QHostInfo& info) {
+            ServiceAddresses::keepIfVerified(host, port, preferredAddress(info));
+        });
     }
     return address;
 }
@@ -72,16 +85,33 @@ QString pin(const QString& host)
 
 namespace ServiceAddresses {
 
+void keepIfVerified(const QString& host, quint16 port, const QString& address)
+{
+    if (address.isEmpty() || remembered().value(host) == address)
+        return;
+    auto* probe = new QSslSocket(qApp);
+    probe->setSslConfiguration(ServiceTls::configuration());
+    QObject::connect(probe, &QSslSocket::encrypted, probe, [probe, host, address]() {
+        remember(host, address);
+        probe->abort();
+    });
+    QObject::connect(probe, &QAbstractSocket::disconnected, probe, &QObject::deleteLater);
+    QObject::connect(probe, &QAbstractSocket::errorOccurred, probe, &QObject::deleteLater);
+    QTimer::singleShot(ProbeTimeoutMs, probe, &QObject::deleteLater);
+    probe->connectToHostEncrypted(address, port, host);
+}
+
 QStringList pinned()
 {
     QStringList list;
     for (const QString& base : {ServiceUrls::api(), ServiceUrls::site()}) {
-        const QString host = QUrl(base).host();
+        const QUrl url(base);
+        const QString host = url.host();
         if (host.isEmpty())
             continue;
         QMutexLocker lock(&mutex);
         if (!found.contains(host))
-            found.insert(host, pin(host));
+            found.insert(host, pin(host, quint16(url.port(443))));
         const QString address = found.value(host);
         if (!address.isEmpty() && !list.contains(address))
             list.append(address);

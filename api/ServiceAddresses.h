@@ -11,10 +11,14 @@
 // Otherwise requests use the host name as usual.
 namespace ServiceAddresses {
 
-// The first address of the API's and of the web site's host, without repeats; the program makes this call
-// at start. A host's address is the one its last lookup found, kept in the settings, and a lookup in the
-// background keeps that up to date for the next run; a host never looked up before is looked up now (blocking).
+// The address of the API's and of the web site's host (IPv4 where there is one), without repeats; the program
+// makes this call at start, on the main thread. A host's address is the one kept in the settings; a host never
+// looked up before is looked up now (blocking). An address a lookup found is kept for the next runs once a TLS
+// handshake with it has shown the host's certificate, and a lookup in the background keeps it up to date.
 QStringList pinned();
+// Keeps the address for the host in the settings once a TLS handshake with it on the port has shown the host's
+// certificate (in the background): an address a hostile resolver gave goes no further than the run that asked.
+void keepIfVerified(const QString& host, quint16 port, const QString& address);
 // Whether requests to a pinned host go to its address rather than through a name lookup.
 void setBypassingLookups(bool on);
 bool bypassingLookups();

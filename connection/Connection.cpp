@@ -81,16 +81,13 @@ void Connection::firewallChange(const QString& ips,
 void Connection::firewallOnWhereSupported(const QString& ips,
                                           const QString& adapterName,
                                           const FIREWALL_PARAMETERS& parameters,
-                                          std::function<void(bool supported, bool on)> answer)
+                                          Answer answer)
 {
-    // Written by the request, read by the answer that is posted after it.
-    const auto supported = std::make_shared<bool>(false);
     ask(
         [=](ServiceConnector& daemon) {
-            *supported = daemon.firewallSupported();
-            return *supported && daemon.firewallOn(ips, adapterName, parameters);
+            return daemon.firewallSupported() && daemon.firewallOn(ips, adapterName, parameters);
         },
-        [supported, answer = std::move(answer)](bool on) { answer(*supported, on); });
+        std::move(answer));
 }
 
 void Connection::firewallOff(Answer answer)

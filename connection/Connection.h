@@ -47,7 +47,7 @@ public:
     void firewallOnWhereSupported(const QString& ips,
                                   const QString& adapterName,
                                   const FIREWALL_PARAMETERS& parameters,
-                                  std::function<void(bool supported, bool on)> answer);
+                                  Answer answer);
     void firewallOff(Answer answer = {});
     void firewallSupported(Answer answer);
     void timezonechangeSupported(Answer answer);

@@ -475,11 +475,26 @@ void ConnectionController::setFullProtection(bool on)
     if (on == m_protectionWanted)
         return;
     m_protectionWanted = on;
-    const auto settle = [this, on](bool ok, bool idle) {
-        if (ok)
+    // The daemon answers in the order asked, so every confirmation is taken as it comes; only the latest
+    // request's refusal decides what is wanted, since a later request supersedes an earlier one.
+    const quint64 request = ++m_protectionRequests;
+    const auto settle = [this, on, request](bool ok, bool idle) {
+        if (ok) {
             rulesConfirmed(on, idle);
-        else if (on == m_protectionWanted)
-            m_protectionWanted = m_fullProtection;
+            return;
+        }
+        if (request != m_protectionRequests)
+            return;
+        m_protectionWanted = m_fullProtection;
+        if (on) {
+            // A refused or unanswered switch-on may still have left rules in force: take them down, so the
+            // daemon holds nothing the page does not show.
+            emit notice(Notice::FirewallUnsupported);
+            m_connection.firewallOff([this](bool off) {
+                if (off)
+                    rulesConfirmed(false, false);
+            });
+        }
     };
     if (!on) {
         m_connection.firewallOff([settle](bool ok) { settle(ok, false); });
@@ -492,11 +507,7 @@ void ConnectionController::setFullProtection(bool on)
     qDebug() << "Allow Firewall ip:" << list;
     m_firewall.idle = !m_autoConnectPending;
     m_connection.firewallOnWhereSupported(
-        list, TunnelInterface, m_firewall, [this, settle, idle = m_firewall.idle](bool supported, bool ok) {
-            if (!supported && m_protectionWanted)
-                emit notice(Notice::FirewallUnsupported);
-            settle(ok, idle);
-        });
+        list, TunnelInterface, m_firewall, [settle, idle = m_firewall.idle](bool ok) { settle(ok, idle); });
 }
 
 // Changes the rules in force, after whatever was asked of the daemon before: while the kill switch is
@@ -511,12 +522,14 @@ void ConnectionController::refreshFirewall(bool idle, Connection::Answer answer)
     const QString list = allowList().join(QLatin1Char(';'));
     qDebug() << "Change Firewall ip:" << list;
     m_firewall.idle = idle;
-    m_connection.firewallChange(list, TunnelInterface, m_firewall, [this, idle, answer](bool ok) {
-        if (ok && m_protectionWanted)
-            rulesConfirmed(true, idle);
-        if (answer)
-            answer(ok);
-    });
+    // Rules changed before a later switch-off or switch-on are not what is in force once that is answered.
+    m_connection.firewallChange(
+        list, TunnelInterface, m_firewall, [this, idle, answer, request = m_protectionRequests](bool ok) {
+            if (ok && request == m_protectionRequests)
+                rulesConfirmed(true, idle);
+            if (answer)
+                answer(ok);
+        });
 }
 
 void ConnectionController::rulesConfirmed(bool on, bool idle)

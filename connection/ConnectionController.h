@@ -203,6 +203,8 @@ private:
     bool m_reestablishing = false;
     // What the kill switch was last asked to be; m_fullProtection is what the daemon confirmed.
     bool m_protectionWanted = false;
+    // Kill-switch on and off requests made so far; each answer knows its number.
+    quint64 m_protectionRequests = 0;
     // Numbers each attempt, so that a daemon answer for an attempt that has ended is left unused.
     unsigned m_attempt = 0;
     // The pause before the work ends when its time is over and the rules for the coming connection

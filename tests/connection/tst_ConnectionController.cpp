@@ -95,9 +95,10 @@ private slots:
 
     void sequences_data()
     {
-        // Steps: press, auto, reload (the page's settings again), up, down, error, zone (the service's late answer),
-        // "until STATE", "press-at STATE" (a press the moment the state is entered), "result N" (the daemon's answer
-        // from now on), "failed N" (wait for the Nth failure), "requests N" (wait for N daemon requests).
+        // Steps: press, auto, reload (the page's settings again), "killswitch on|off" (set, then reload), up, down,
+        // error, zone (the service's late answer), "until STATE", "press-at STATE" (a press the moment the state is
+        // entered), "result N" (the daemon's answer from now on), "failed N" (wait for the Nth failure), "requests N"
+        // (wait for N daemon requests).
         QTest::addColumn<QString>("settings");
         QTest::addColumn<QString>("script");
         QTest::addColumn<QStringList>("steps");
@@ -119,6 +120,16 @@ private slots:
             << "tcp killswitch early"
             << "quiet" << QStringList {"press", "until Starting", "up"} << QList<int> {2, 3, 4, 2, 0} << "SOCR"
             << QStringList {"blocked", "open", "connected"};
+        // The first answer comes after the switch was turned off and on again: it settles nothing, and the
+        // connection still gets its rules.
+        QTest::newRow("on refused, off, on: the latest request settles the switch")
+            << "tcp killswitch refuseon"
+            << "quiet" << QStringList {"killswitch off", "killswitch on", "requests 6", "press", "until Starting", "up"}
+            << QList<int> {2, 3, 4, 2, 0} << "SOIFSOCR" << QStringList {"blocked", "open", "connected"};
+        QTest::newRow("on refused: said, and switched off so the daemon holds nothing unseen")
+            << "tcp killswitch refuseon"
+            << "quiet" << QStringList {"requests 3", "press", "until Starting", "up"} << QList<int> {2, 3, 4, 2, 0}
+            << "SOFR" << QStringList {"notice FirewallUnsupported", "connected"};
         QTest::newRow("press in the pause: nothing started, idle rules at once")
             << "tcp killswitch" << QString() << QStringList {"press", "press", "requests 4"} << QList<int> {2, 1}
             << "SOCI" << QStringList {"blocked", "open", "blocked"};
@@ -232,8 +243,10 @@ private slots:
         }
         controller->setServers(servers);
         controller->selectServer(ServerIdentif(QStringLiteral("alice"), QStringLiteral("Frankfurt")));
+        if (settings.contains("refuseon"))
+            daemon.refuseNext(HelperWire::FirewallOn);
         controller->loadSettings();
-        if (settings.contains("killswitch") && !settings.contains("early"))
+        if (settings.contains("killswitch") && !settings.contains("early") && !settings.contains("refuseon"))
             QTRY_COMPARE(letters(daemon.requests()), QStringLiteral("SO"));
 
         const QMetaEnum stateNames = QMetaEnum::fromType<State>();
@@ -245,6 +258,9 @@ private slots:
             } else if (word == QLatin1String("auto")) {
                 controller->autoConnect();
             } else if (word == QLatin1String("reload")) {
+                controller->loadSettings();
+            } else if (word == QLatin1String("killswitch")) {
+                local->setValue(Keys::KillConnect, argument == QLatin1String("on"));
                 controller->loadSettings();
             } else if (word == QLatin1String("up")) {
                 controller->onConnected();

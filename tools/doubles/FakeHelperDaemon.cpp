@@ -126,7 +126,8 @@ void FakeHelperDaemon::handle(int client)
 
     ReplyPacket reply;
     std::memset(&reply, 0, sizeof(reply));
-    reply.result = m_result;
+    quint32 refused = command;
+    reply.result = command != 0 && m_refused.compare_exchange_strong(refused, 0) ? 0 : m_result.load();
     reply.value = 0x0102030405060708ULL;
     const QByteArray bytes(reinterpret_cast<const char*>(&reply), sizeof(reply));
     switch (m_behaviour.load()) {

@@ -37,6 +37,8 @@ public:
 
     void setBehaviour(Behaviour behaviour) { m_behaviour = behaviour; }
     void setResult(quint8 result) { m_result = result; }
+    // Answers the next request of this command with a refusal, whatever the result set above.
+    void refuseNext(quint32 command) { m_refused = command; }
     // The dialogue a management port plays after a run-OpenVPN request; without one, no port opens.
     void setManagementScript(const ManagementScript& script);
 
@@ -58,6 +60,7 @@ private:
     std::atomic<bool> m_stop {false};
     std::atomic<Behaviour> m_behaviour {Behaviour::Reply};
     std::atomic<quint8> m_result {1};
+    std::atomic<quint32> m_refused {0};
     mutable std::mutex m_mutex;
     QList<QByteArray> m_requests;
     bool m_hasScript = false;
