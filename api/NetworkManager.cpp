@@ -189,16 +189,17 @@ void NetworkManager::slotAuthFinished()
         emit auth(authGet->unverified ? UnverifiedService : NetworkFailure, authGet->errorString);
         return;
     }
-    // The cache is saved before the pings start: a long list means thousands of ping processes, and building the
-    // cache text while they start is slower.
     bool lite = true;
     if (!applySignInAnswer(authGet->data, &lite))
         return;
-    saveCachedData();
     startPing();
     emit auth(lite ? LiteAccount : Success, QString());
-    // Reading the answer and filling the pages leave much freed memory behind in the heap: give it back.
-    QTimer::singleShot(0, this, [] { ::malloc_trim(0); });
+    // The pages show the account first, and the cache is written as soon as they have. Reading the answer and filling
+    // the pages leave much freed memory behind in the heap: give it back.
+    QTimer::singleShot(0, this, [this] {
+        saveCachedData();
+        ::malloc_trim(0);
+    });
 }
 
 void NetworkManager::slotServerListFinished()

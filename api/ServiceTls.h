@@ -7,8 +7,8 @@
 #include <QString>
 
 // How every connection to the service and its downloads is secured. The peer must show a certificate for the host
-// that was asked for, issued by an authority of the system's store (ca-certificates) or of the PEM file named by
-// TAVRIN_CA_FILE; otherwise the handshake fails and nothing is sent.
+// that was asked for, issued by an authority of the system's store (ca-certificates) or, where TAVRIN_CA_FILE names
+// a PEM file, by one of that file's authorities instead; otherwise the handshake fails and nothing is sent.
 namespace ServiceTls {
 
 // The TLS settings of a request. TAVRIN_CA_FILE is read at the first call, once per process; the program makes that

@@ -18,6 +18,21 @@ QStringList toPorts(QStringView text)
 {
     return text.toString().split(portSeparator, Qt::KeepEmptyParts);
 }
+
+// QStringRef::toInt goes through the locale's number parser; a field of a few plain digits, which is what the lines
+// hold, is read here with the same result.
+int toInt(const QStringRef& field)
+{
+    if (field.isEmpty() || field.size() > 9)
+        return field.toInt();
+    int value = 0;
+    for (const QChar c : field) {
+        if (c < QLatin1Char('0') || c > QLatin1Char('9'))
+            return field.toInt();
+        value = value * 10 + (c.unicode() - '0');
+    }
+    return value;
+}
 } // namespace
 
 ServerInfo ServerLines::server(const QString& line)
@@ -40,62 +55,127 @@ ServerInfo ServerLines::server(const QString& line)
     s.flag = m_texts.value(fields[1], toText);
     s.title = fields[2] == s.name ? s.name : fields[2].toString();
     s.ip = fields[3].toString();
-    s.favorite = fields[4].toInt() != 0;
+    s.favorite = toInt(fields[4]) != 0;
     s.user = m_texts.value(fields[5], toText);
     s.password = m_texts.value(fields[6], toText);
     s.tcpPorts = m_ports.value(fields[7], toPorts);
     s.udpPorts = m_ports.value(fields[8], toPorts);
-    s.protocol = PROTOCOL_TYPE(fields[9].toInt());
+    s.protocol = PROTOCOL_TYPE(toInt(fields[9]));
     if (count > 10)
-        s.sslPort = fields[10].toInt();
+        s.sslPort = toInt(fields[10]);
     if (count > 11)
-        s.type = ServerInfo::ServerType(fields[11].toInt());
+        s.type = ServerInfo::ServerType(toInt(fields[11]));
     if (count > 12)
         s.sni = m_texts.value(fields[12], toText);
     return s;
 }
 
+namespace {
+// The length of QString::number(n).
+int numberLength(int n)
+{
+    int length = n < 0 ? 2 : 1;
+    for (unsigned rest = n < 0 ? 0u - unsigned(n) : unsigned(n); rest >= 10; rest /= 10)
+        ++length;
+    return length;
+}
+
+void appendNumber(QString& line, int n)
+{
+    if (n >= 0 && n < 10)
+        line.append(QLatin1Char(char('0' + n)));
+    else
+        line.append(QString::number(n));
+}
+
+int portsLength(const QStringList& ports)
+{
+    int length = std::max(0, int(ports.size()) - 1);
+    for (const QString& port : ports)
+        length += port.size();
+    return length;
+}
+
+void appendPorts(QString& line, const QStringList& ports)
+{
+    for (int i = 0; i < ports.size(); ++i) {
+        if (i > 0)
+            line.append(portSeparator);
+        line.append(ports.at(i));
+    }
+}
+
+bool holdsPlaceholder(const QString& text)
+{
+    return text.contains(QLatin1Char('%'));
+}
+
+// The pattern filled field by field: each arg() fills the lowest placeholder left, so a field holding a '%' may be
+// changed by a later one, and such a record keeps that filling.
+QString filledPattern(const ServerInfo& server)
+{
+    const QString fields[] = {server.name,
+                              server.flag,
+                              server.title,
+                              server.ip,
+                              QString::number(int(server.favorite)),
+                              server.user,
+                              server.password,
+                              server.tcpPorts.join(portSeparator),
+                              server.udpPorts.join(portSeparator),
+                              QString::number(int(server.protocol)),
+                              QString::number(server.sslPort),
+                              QString::number(int(server.type)),
+                              server.sni};
+    QString line = textFormPattern;
+    for (const QString& field : fields)
+        line = line.arg(field);
+    return line;
+}
+} // namespace
+
 QString ServerLines::lineOf(const ServerInfo& server)
 {
-    const QString tcp = server.tcpPorts.join(portSeparator);
-    const QString udp = server.udpPorts.join(portSeparator);
-    const QString favoriteText = QString::number(int(server.favorite));
-    const QString protocolText = QString::number(int(server.protocol));
-    const QString sslText = QString::number(server.sslPort);
-    const QString typeText = QString::number(int(server.type));
-    const QString* fields[] = {&server.name,
-                               &server.flag,
-                               &server.title,
-                               &server.ip,
-                               &favoriteText,
-                               &server.user,
-                               &server.password,
-                               &tcp,
-                               &udp,
-                               &protocolText,
-                               &sslText,
-                               &typeText,
-                               &server.sni};
-    // Each arg() fills the lowest placeholder left, so a field holding a '%' may be changed by a later one: such a
-    // record keeps that filling. Any other is joined directly, many times faster for the lines of a large cache.
-    const bool placeholderInField = std::any_of(
-        std::begin(fields), std::end(fields), [](const QString* f) { return f->contains(QLatin1Char('%')); });
-    if (placeholderInField) {
-        QString line = textFormPattern;
-        for (const QString* field : fields)
-            line = line.arg(*field);
-        return line;
-    }
-    // Exactly the line's length: ten thousand lines with room to spare are a megabyte of memory to no purpose.
-    int size = int(std::size(fields)) - 1;
-    for (const QString* field : fields)
-        size += field->size();
+    const QString* texts[]
+        = {&server.name, &server.flag, &server.title, &server.ip, &server.user, &server.password, &server.sni};
+    if (std::any_of(std::begin(texts), std::end(texts), [](const QString* text) { return holdsPlaceholder(*text); })
+        || std::any_of(server.tcpPorts.cbegin(), server.tcpPorts.cend(), holdsPlaceholder)
+        || std::any_of(server.udpPorts.cbegin(), server.udpPorts.cend(), holdsPlaceholder))
+        return filledPattern(server);
+
+    // Any other record is written straight into a line of exactly its length: many times faster than the pattern,
+    // and ten thousand lines with room to spare would be a megabyte of memory to no purpose.
+    const int favorite = int(server.favorite);
+    const int protocol = int(server.protocol);
+    const int type = int(server.type);
+    int size = fieldCount - 1 + portsLength(server.tcpPorts) + portsLength(server.udpPorts) + numberLength(favorite)
+        + numberLength(protocol) + numberLength(server.sslPort) + numberLength(type);
+    for (const QString* text : texts)
+        size += text->size();
     QString line;
     line.reserve(size);
-    for (const QString* field : fields) {
-        if (field != fields[0])
-            line.append(fieldSeparator);
-        line.append(*field);
-    }
+    const auto text = [&line](const QString& field) {
+        line.append(field);
+        line.append(fieldSeparator);
+    };
+    const auto number = [&line](int field) {
+        appendNumber(line, field);
+        line.append(fieldSeparator);
+    };
+    text(server.name);
+    text(server.flag);
+    text(server.title);
+    text(server.ip);
+    number(favorite);
+    text(server.user);
+    text(server.password);
+    appendPorts(line, server.tcpPorts);
+    line.append(fieldSeparator);
+    appendPorts(line, server.udpPorts);
+    line.append(fieldSeparator);
+    number(protocol);
+    number(server.sslPort);
+    number(type);
+    line.append(server.sni);
     return line;
 }

@@ -31,8 +31,10 @@ bool isShown(const QWidget* page)
 
 void hidePages(std::initializer_list<QWidget*> pages)
 {
-    for (QWidget* page : pages)
-        page->hide();
+    for (QWidget* page : pages) {
+        if (page)
+            page->hide();
+    }
 }
 } // namespace
 
@@ -78,10 +80,9 @@ void MainWindow::initPageWidget()
         layout->addWidget(page);
         page->setVisible(visible);
     };
-
-    m_loginWindow.reset(new LoginWindow(centralWidget()));
-    addPage(m_loginWindow.data(), true);
-    connect(m_loginWindow.data(), &LoginWindow::signedIn, this, &MainWindow::onSignIn);
+    m_loginWindow.makeIn(centralWidget(), [this](LoginWindow* page) {
+        connect(page, &LoginWindow::signedIn, this, &MainWindow::onSignIn);
+    });
 
     m_settingsWindow.reset(new SettingsWindow(centralWidget()));
     m_settingsWindow->setVersion(Constants::ClientVersion);
@@ -103,26 +104,22 @@ void MainWindow::initPageWidget()
     connect(m_connectWindow.data(), &ConnectWindow::account, this, &MainWindow::onAccount);
     connect(m_connectWindow.data(), &ConnectWindow::connected, this, &MainWindow::onConnected);
 
-    m_serverListWindow.reset(new ServerListWindow(centralWidget()));
-    addPage(m_serverListWindow.data(), false);
-    connect(m_serverListWindow.data(), &ServerListWindow::back, this, &MainWindow::onBack);
-    connect(
-        m_serverListWindow.data(), &ServerListWindow::serverUpdate, this, [this] { m_session->requestServerList(); });
-    connect(m_serverListWindow.data(), &ServerListWindow::serverSelected, this, &MainWindow::onChangeServer);
-
-    m_purchaseWindow.reset(new SubscriptionPurchaseWindow(centralWidget()));
-    addPage(m_purchaseWindow.data(), false);
-    connect(m_purchaseWindow.data(), &SubscriptionPurchaseWindow::returnToSignUp, this, &MainWindow::onReturnToSignUp);
-
-    m_accountWindow.reset(new AccountWindow(centralWidget()));
-    addPage(m_accountWindow.data(), false);
-    connect(m_accountWindow.data(), &AccountWindow::back, this, &MainWindow::onBack);
-    connect(m_accountWindow.data(), &AccountWindow::returnToSignUp, this, &MainWindow::onReturnToSignUp);
-    connect(m_accountWindow.data(), &AccountWindow::accountChanged, this, &MainWindow::onSubscriptionChange);
-
-    m_selectionWindow.reset(new SelectionAccountWindow(centralWidget()));
-    addPage(m_selectionWindow.data(), false);
-    connect(m_selectionWindow.data(), &SelectionAccountWindow::continueAuth, this, &MainWindow::onSubscriptionSelected);
+    m_serverListWindow.makeIn(centralWidget(), [this](ServerListWindow* page) {
+        connect(page, &ServerListWindow::back, this, &MainWindow::onBack);
+        connect(page, &ServerListWindow::serverUpdate, this, [this] { m_session->requestServerList(); });
+        connect(page, &ServerListWindow::serverSelected, this, &MainWindow::onChangeServer);
+    });
+    m_purchaseWindow.makeIn(centralWidget(), [this](SubscriptionPurchaseWindow* page) {
+        connect(page, &SubscriptionPurchaseWindow::returnToSignUp, this, &MainWindow::onReturnToSignUp);
+    });
+    m_accountWindow.makeIn(centralWidget(), [this](AccountWindow* page) {
+        connect(page, &AccountWindow::back, this, &MainWindow::onBack);
+        connect(page, &AccountWindow::returnToSignUp, this, &MainWindow::onReturnToSignUp);
+        connect(page, &AccountWindow::accountChanged, this, &MainWindow::onSubscriptionChange);
+    });
+    m_selectionWindow.makeIn(centralWidget(), [this](SelectionAccountWindow* page) {
+        connect(page, &SelectionAccountWindow::continueAuth, this, &MainWindow::onSubscriptionSelected);
+    });
 }
 
 // What the session decides, shown as pages and messages.
@@ -130,7 +127,7 @@ void MainWindow::connectSession()
 {
     AccountSession* session = m_session.get();
     connect(session, &AccountSession::resumedFromCache, this, [this](const QVector<ServerInfo>& servers) {
-        m_loginWindow->hide();
+        hidePages({m_loginWindow.made()});
         m_connectWindow->show();
         m_connectWindow->setServers(servers);
     });
@@ -140,14 +137,16 @@ void MainWindow::connectSession()
     });
     connect(session, &AccountSession::signInAnswered, this, [this](bool accepted) {
         m_tray->setStatusDisconnected(false);
-        m_loginWindow->setEnabled(true);
-        m_loginWindow->restoreCursor();
+        if (LoginWindow* login = m_loginWindow.made()) {
+            login->setEnabled(true);
+            login->restoreCursor();
+        }
         if (accepted)
-            m_purchaseWindow->hide();
+            hidePages({m_purchaseWindow.made()});
     });
     connect(session, &AccountSession::vpnLoginChoiceNeeded, this, [this](const QStringList& vpnLogins) {
         m_selectionWindow->setUsers(vpnLogins);
-        showPage(m_selectionWindow.data(), {m_loginWindow.data()});
+        showPage(m_selectionWindow.get(), {m_loginWindow.made()});
     });
     connect(session, &AccountSession::signedIn, this, &MainWindow::onSignedIn);
     connect(session, &AccountSession::continuingOffline, this, [this](const QVector<ServerInfo>& servers) {
@@ -158,7 +157,7 @@ void MainWindow::connectSession()
         CustomMessageBox::critical(this, QStringLiteral("Tavrin"), tr("Wrong Login/Password."));
     });
     connect(session, &AccountSession::subscriptionMissing, this, [this] {
-        showPage(m_purchaseWindow.data(), {m_loginWindow.data()});
+        showPage(m_purchaseWindow.get(), {m_loginWindow.made()});
     });
     connect(session, &AccountSession::signInFailed, this, &MainWindow::onSignInFailed);
     connect(session, &AccountSession::versionRejected, this, &MainWindow::badVersionDlg);
@@ -169,11 +168,11 @@ void MainWindow::connectSession()
         m_connectWindow->logOut();
         hidePages({m_connectWindow.data(),
                    m_settingsWindow.data(),
-                   m_accountWindow.data(),
-                   m_selectionWindow.data(),
-                   m_purchaseWindow.data()});
+                   m_accountWindow.made(),
+                   m_selectionWindow.made(),
+                   m_purchaseWindow.made()});
         m_loginWindow->clear();
-        showPage(m_loginWindow.data());
+        showPage(m_loginWindow.get());
     });
     connect(session, &AccountSession::updateCheckDue, m_updateOffer.get(), &UpdateOffer::check);
     connect(m_updateOffer.get(), &UpdateOffer::checkFailed, session, &AccountSession::retryUpdateCheck);
@@ -211,9 +210,9 @@ void MainWindow::onSubscriptionSelected(const QString& vpnLogin)
 
 void MainWindow::onSignedIn(const QVector<ServerInfo>& servers)
 {
-    if (isShown(m_loginWindow.data()) || isShown(m_selectionWindow.data()))
-        showPage(m_connectWindow.data(), {m_loginWindow.data(), m_selectionWindow.data()});
-    if (isShown(m_serverListWindow.data()))
+    if (isShown(m_loginWindow.made()) || isShown(m_selectionWindow.made()))
+        showPage(m_connectWindow.data(), {m_loginWindow.made(), m_selectionWindow.made()});
+    if (isShown(m_serverListWindow.made()))
         m_serverListWindow->setServers(servers, m_connectWindow->curentFilterId(), true);
     m_connectWindow->setServers(servers);
     m_connectWindow->autoConnect();
@@ -221,7 +220,7 @@ void MainWindow::onSignedIn(const QVector<ServerInfo>& servers)
 
 void MainWindow::onSignInFailed(NetworkManager::ApiError error)
 {
-    showPage(m_loginWindow.data(), {m_connectWindow.data(), m_settingsWindow.data(), m_serverListWindow.data()});
+    showPage(m_loginWindow.get(), {m_connectWindow.data(), m_settingsWindow.data(), m_serverListWindow.made()});
     if (error == NetworkManager::NetworkFailure)
         m_loginWindow->explainNoAnswer();
     else if (error == NetworkManager::UnverifiedService)
@@ -231,14 +230,14 @@ void MainWindow::onSignInFailed(NetworkManager::ApiError error)
 void MainWindow::showServers(const QVector<ServerInfo>& servers)
 {
     m_connectWindow->setServers(servers);
-    if (isShown(m_serverListWindow.data()))
+    if (isShown(m_serverListWindow.made()))
         m_serverListWindow->setServers(servers, -1, true);
 }
 
 void MainWindow::onServerListArrived(const QVector<ServerInfo>& servers)
 {
     showServers(servers);
-    if (!isShown(m_serverListWindow.data()) && isShown(m_connectWindow.data())) {
+    if (!isShown(m_serverListWindow.made()) && isShown(m_connectWindow.data())) {
         show();
         m_connectWindow->autoConnect();
         showPage(m_connectWindow.data());
@@ -247,7 +246,7 @@ void MainWindow::onServerListArrived(const QVector<ServerInfo>& servers)
 
 void MainWindow::onBack()
 {
-    hidePages({m_settingsWindow.data(), m_serverListWindow.data(), m_accountWindow.data()});
+    hidePages({m_settingsWindow.data(), m_serverListWindow.made(), m_accountWindow.made()});
     m_connectWindow->loadSettings();
     showPage(m_connectWindow.data());
 }
@@ -260,7 +259,7 @@ void MainWindow::onStatus()
 void MainWindow::onAccount()
 {
     m_connectWindow->saveSettings();
-    showPage(m_accountWindow.data(), {m_connectWindow.data()});
+    showPage(m_accountWindow.get(), {m_connectWindow.data()});
 }
 
 void MainWindow::onServerList(int protocol)
@@ -269,13 +268,13 @@ void MainWindow::onServerList(int protocol)
     m_connectWindow->saveSettings();
     hidePages({m_connectWindow.data(), m_settingsWindow.data()});
     m_serverListWindow->setServers(NetworkManager::instance()->servers(), protocol, false);
-    showPage(m_serverListWindow.data());
+    showPage(m_serverListWindow.get());
 }
 
 void MainWindow::onChangeServer(const ServerIdentif& id)
 {
     qDebug() << "MainWindow::onChangeServer" << id.first << id.second;
-    showPage(m_connectWindow.data(), {m_serverListWindow.data(), m_settingsWindow.data()});
+    showPage(m_connectWindow.data(), {m_serverListWindow.made(), m_settingsWindow.data()});
     m_connectWindow->onServerChanged(id);
     // Choosing a location is the request to use it.
     m_connectWindow->onClickConnect();
@@ -315,16 +314,16 @@ void MainWindow::onSubscriptionChange()
         m_connectWindow->onClickConnect();
     }
     m_connectWindow->logOut();
-    hidePages({m_connectWindow.data(), m_settingsWindow.data(), m_loginWindow.data(), m_accountWindow.data()});
+    hidePages({m_connectWindow.data(), m_settingsWindow.data(), m_loginWindow.made(), m_accountWindow.made()});
     m_selectionWindow->setUsers(NetworkManager::instance()->cacheUsers());
-    showPage(m_selectionWindow.data());
+    showPage(m_selectionWindow.get());
 }
 
 void MainWindow::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::ActivationChange) {
         // Back from the browser on the purchase page: a subscription may have been bought meanwhile.
-        if (isActiveWindow() && isShown(m_purchaseWindow.data()) && !m_returningToSignUp)
+        if (isActiveWindow() && isShown(m_purchaseWindow.made()) && !m_returningToSignUp)
             m_session->signInAgain();
         m_returningToSignUp = false;
     }
@@ -354,7 +353,7 @@ void MainWindow::onStatusChangeWifi(bool connected, bool unsecured, QString ssid
 {
     qDebug().noquote() << "onStatusChangeWifi: " << (connected ? "true" : "false") << (unsecured ? "true" : "false")
                        << ssid;
-    if (!isShown(m_loginWindow.data()) && connected)
+    if (!isShown(m_loginWindow.made()) && connected)
         m_connectWindow->onWirelessConnectionChanged(true, ssid);
 }
 

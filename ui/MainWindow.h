@@ -8,6 +8,7 @@
 
 #include "ConnectHost.h"
 #include "ConnectWindow.h"
+#include "LazyPage.h"
 #include "NetworkManager.h"
 #include "ServerIdentif.h"
 #include "ServiceUrls.h"
@@ -58,13 +59,13 @@ public:
     void setTrayBlocked(bool blocked) override { m_tray->setBlocked(blocked); }
 
     // For tests: the pages and helpers this window owns.
-    LoginWindow* loginPage() const { return m_loginWindow.data(); }
+    LoginWindow* loginPage() const { return m_loginWindow.get(); }
     ConnectWindow* connectPage() const { return m_connectWindow.data(); }
     SettingsWindow* settingsPage() const { return m_settingsWindow.data(); }
-    ServerListWindow* serverListPage() const { return m_serverListWindow.data(); }
-    SubscriptionPurchaseWindow* purchasePage() const { return m_purchaseWindow.data(); }
-    AccountWindow* accountPage() const { return m_accountWindow.data(); }
-    SelectionAccountWindow* selectionPage() const { return m_selectionWindow.data(); }
+    ServerListWindow* serverListPage() const { return m_serverListWindow.get(); }
+    SubscriptionPurchaseWindow* purchasePage() const { return m_purchaseWindow.get(); }
+    AccountWindow* accountPage() const { return m_accountWindow.get(); }
+    SelectionAccountWindow* selectionPage() const { return m_selectionWindow.get(); }
     UpdateOffer* updateOffer() const { return m_updateOffer.get(); }
     AccountSession* session() const { return m_session.get(); }
 
@@ -109,13 +110,13 @@ private:
 
     // Members go in reverse order (the tray, held by the base, goes after all of them).
     std::unique_ptr<ReachabilityQt> m_reachability;
-    QSharedPointer<LoginWindow> m_loginWindow;
+    LazyPage<LoginWindow> m_loginWindow;
     QSharedPointer<SettingsWindow> m_settingsWindow;
     QSharedPointer<ConnectWindow> m_connectWindow;
-    QSharedPointer<ServerListWindow> m_serverListWindow;
-    QSharedPointer<SubscriptionPurchaseWindow> m_purchaseWindow;
-    QSharedPointer<AccountWindow> m_accountWindow;
-    QSharedPointer<SelectionAccountWindow> m_selectionWindow;
+    LazyPage<ServerListWindow> m_serverListWindow;
+    LazyPage<SubscriptionPurchaseWindow> m_purchaseWindow;
+    LazyPage<AccountWindow> m_accountWindow;
+    LazyPage<SelectionAccountWindow> m_selectionWindow;
     std::unique_ptr<UpdateOffer> m_updateOffer;
     std::unique_ptr<AccountSession> m_session;
     bool m_returningToSignUp = false;

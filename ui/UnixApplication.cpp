@@ -27,7 +27,7 @@ void onQuitSignal(int)
 }
 
 // The first network access manager of a process loads Qt's network plugins, and the service's TLS settings load
-// the TLS library and read the system's certificate authorities and TAVRIN_CA_FILE: together tens of
+// the TLS library (and TAVRIN_CA_FILE where it is set): together tens of
 // milliseconds. The single-instance check spends most of its time waiting, so both happen meanwhile on a thread
 // of their own. What they load is process-wide and is there when the service client sends its first request.
 class NetworkWarmUp : public QThread
