@@ -9,13 +9,6 @@ QString settingsPath()
 {
     return qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/QOLV/Tavrin.conf");
 }
-
-// A restart: a new store over the same file.
-QSharedPointer<LocalSettings> restart()
-{
-    LocalSettings::resetInstance();
-    return LocalSettings::instance();
-}
 } // namespace
 
 // The base layer's two files in the user's home: the log, and the settings store.
@@ -50,7 +43,8 @@ private slots:
         store->setValue(Keys::RememberUser, remember);
         store.reset();
 
-        store = restart();
+        LocalSettings::resetInstance(); // a restart: a new store over the same file
+        store = LocalSettings::instance();
         QCOMPARE(store->value(Keys::Login).toString(), remember ? QStringLiteral("alice") : QString());
         QCOMPARE(store->value(Keys::OvpnProtocol).toString(),
                  remember ? QStringLiteral("stealth") : QStringLiteral("tcp"));
@@ -82,7 +76,8 @@ private slots:
         store->setValue(Keys::Passwd, QStringLiteral("secret"));
         QCOMPARE(QFileInfo(settingsPath()).permissions() & 0x0FFF, QFileDevice::ReadUser | QFileDevice::WriteUser);
         store.reset();
-        QCOMPARE(restart()->value(Keys::Passwd).toString(), QStringLiteral("secret"));
+        LocalSettings::resetInstance();
+        QCOMPARE(LocalSettings::instance()->value(Keys::Passwd).toString(), QStringLiteral("secret"));
     }
 
     // A process killed right after signing in must find its sign-in data at the next start, so these keys reach the

@@ -35,37 +35,24 @@ public:
     QByteArray config = "client\ndev tun\n#udp proto udp\n#tcp proto tcp-client\nnobind\n";
 };
 
-// The daemon's requests as letters: S firewall supported, O on, C rules for a connection, I idle rules,
+// The daemon's requests as letters: S firewall supported, O on, F off, C rules for a connection, I idle rules,
 // R run OpenVPN, T time zone supported, Z set the zone, z restore it.
 QString letters(const QList<QByteArray>& requests)
 {
+    const QMap<quint32, QChar> letter {{HelperWire::FirewallSupported, 'S'},
+                                       {HelperWire::FirewallOn, 'O'},
+                                       {HelperWire::FirewallOff, 'F'},
+                                       {HelperWire::RunOpenVpnWithConfig, 'R'},
+                                       {HelperWire::TimezoneChangeSupported, 'T'}};
     QString text;
     for (const QByteArray& request : requests) {
-        switch (commandOf(request)) {
-        case HelperWire::FirewallSupported:
-            text += 'S';
-            break;
-        case HelperWire::FirewallOn:
-            text += 'O';
-            break;
-        case HelperWire::FirewallOff:
-            text += 'F';
-            break;
-        case HelperWire::FirewallChange:
+        const quint32 command = commandOf(request);
+        if (command == HelperWire::FirewallChange)
             text += request.at(int(HelperWire::FirewallParametersOffset) + 4) ? 'I' : 'C';
-            break;
-        case HelperWire::RunOpenVpnWithConfig:
-            text += 'R';
-            break;
-        case HelperWire::TimezoneChangeSupported:
-            text += 'T';
-            break;
-        case HelperWire::TimezoneChange:
+        else if (command == HelperWire::TimezoneChange)
             text += request.at(int(HelperWire::TimezoneRestoreOffset)) ? 'z' : 'Z';
-            break;
-        default:
-            text += '?';
-        }
+        else
+            text += letter.value(command, '?');
     }
     return text;
 }

@@ -135,12 +135,13 @@ private slots:
     {
         // Events: "connected", or "<received>,<sent>" totals as OpenVPN reports them.
         QTest::addColumn<QStringList>("events");
-        QTest::addColumn<QList<double>>("last");
+        QTest::addColumn<QVariantList>("last"); // the rates and the totals
         QTest::newRow("a new connection starts from zero again")
-            << QStringList {"connected", "1000,500", "connected", "1200,600"} << QList<double> {1200, 600, 1200, 600};
+            << QStringList {"connected", "1000,500", "connected", "1200,600"}
+            << QVariantList {1200.0, 600.0, 1200.0, 600.0};
         QTest::newRow("totals beyond 32 bits")
             << QStringList {"connected", "5000000000,4294967296", "5000001000,4294967396"}
-            << QList<double> {1000, 100, 5000001000.0, 4294967396.0};
+            << QVariantList {1000.0, 100.0, 5000001000.0, 4294967396.0};
     }
     void rates()
     {
@@ -154,10 +155,7 @@ private slots:
                 connection.onStatisticsUpdate(event.section(',', 0, 0).toULongLong(),
                                               event.section(',', 1).toULongLong());
         }
-        QList<double> figures;
-        for (const QVariant& value : statistics.value(statistics.size() - 1))
-            figures << value.toDouble();
-        QTEST(figures, "last");
+        QTEST(statistics.value(statistics.size() - 1), "last");
     }
 
     void destroyingWhileConnectedStopsOpenVpn()

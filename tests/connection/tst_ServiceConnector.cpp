@@ -75,7 +75,6 @@ private slots:
         m_daemon.reset(new FakeHelperDaemon);
         QVERIFY(m_daemon->start());
     }
-    void cleanup() { m_daemon.reset(); }
 
     void requestBytes_data()
     {

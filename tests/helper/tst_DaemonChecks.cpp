@@ -36,14 +36,11 @@ private slots:
         QTest::addColumn<QString>("path"); // empty: refused
 
         const QString tmp = QStringLiteral("/tmp/Tavrin.aB12cd");
-        const auto refused = [](const char* name, const QString& text) {
-            QTest::newRow(name) << text << QString();
-        };
         QTest::newRow("the client's own string") << clientArguments(tmp) << tmp;
-        refused("quote inside the path", clientArguments("/tmp/a\" --up \"/bin/sh"));
-        refused("path with ..", clientArguments("/tmp/../etc/x"));
-        refused("other up script", clientArguments(tmp, "/bin/sh"));
-        refused("management on all addresses", clientArguments(tmp, script, "0.0.0.0"));
+        QTest::newRow("quote inside the path") << clientArguments("/tmp/a\" --up \"/bin/sh") << QString();
+        QTest::newRow("path with ..") << clientArguments("/tmp/../etc/x") << QString();
+        QTest::newRow("other up script") << clientArguments(tmp, "/bin/sh") << QString();
+        QTest::newRow("management on all addresses") << clientArguments(tmp, script, "0.0.0.0") << QString();
     }
 
     void arguments()
@@ -192,27 +189,23 @@ private slots:
     void ucs4_data()
     {
         QTest::addColumn<QByteArray>("field");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("valid");
+        QTest::addColumn<QString>("text"); // null: refused
 
         auto ucs4 = [](const QVector<uint>& codes) {
             return QByteArray(reinterpret_cast<const char*>(codes.constData()), codes.size() * 4);
         };
-        QTest::newRow("beyond the basic plane")
-            << ucs4({0x1F600, 0}) << (QString(QChar(0xD83D)) + QChar(0xDE00)) << true;
-        QTest::newRow("no terminating zero") << ucs4({'a', 'b'}) << QString() << false;
-        QTest::newRow("above the last code point") << ucs4({0x110000, 0}) << QString() << false;
+        QTest::newRow("beyond the basic plane") << ucs4({0x1F600, 0}) << (QString(QChar(0xD83D)) + QChar(0xDE00));
+        QTest::newRow("no terminating zero") << ucs4({'a', 'b'}) << QString();
+        QTest::newRow("above the last code point") << ucs4({0x110000, 0}) << QString();
     }
 
     void ucs4()
     {
         QFETCH(QByteArray, field);
         QFETCH(QString, text);
-        QFETCH(bool, valid);
         const QString read = WireText::readUcs4(field, 0, std::size_t(field.size()));
-        QCOMPARE(!read.isNull(), valid);
-        if (valid)
-            QCOMPARE(read, text);
+        QCOMPARE(read.isNull(), text.isNull());
+        QCOMPARE(read, text);
     }
 };
 

@@ -5,8 +5,6 @@
 
 #include <QtTest>
 
-#include <unistd.h>
-
 class tst_HelperDaemon : public QObject
 {
     Q_OBJECT
@@ -71,7 +69,6 @@ private slots:
     void timezoneChangeAndRestore()
     {
         QCOMPARE(ask(HelperWire::TimezoneChangeSupported), 1);
-        QTRY_VERIFY(m_log.contains("request from uid " + QByteArray::number(getuid()) + ": timezonechangeSupported"));
         const QString localtime = path("root/etc/localtime");
         QCOMPARE(ask(WireClient::timezone(false, "Asia/Tokyo")), 1);
         QCOMPARE(QFileInfo(localtime).symLinkTarget(), QStringLiteral("/usr/share/zoneinfo/Asia/Tokyo"));

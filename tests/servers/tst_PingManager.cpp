@@ -31,17 +31,13 @@ class TestPingManager : public QObject
         return list;
     }
 
-    // A stand-in "ping" that notes each start in runs.txt and then sleeps.
-    void installStandIn(int sleepSeconds)
+    // A stand-in "ping" on PATH: the shell commands given, after a first one that notes each start in runs.txt.
+    void installStandIn(const QByteArray& note, const QByteArray& commands)
     {
         const QString script = m_dir.filePath(QStringLiteral("bin/ping"));
-        QVERIFY(writeFile(script,
-                          QStringLiteral("#!/bin/sh\necho run >> '%1'\nexec sleep %2\n")
-                              .arg(m_dir.filePath(QStringLiteral("runs.txt")))
-                              .arg(sleepSeconds)
-                              .toUtf8()));
+        const QByteArray runs = QFile::encodeName(m_dir.filePath(QStringLiteral("runs.txt")));
+        QVERIFY(writeFile(script, "#!/bin/sh\n" + note + " >> '" + runs + "'\n" + commands + '\n'));
         QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
-        qputenv("PATH", QFile::encodeName(m_dir.filePath(QStringLiteral("bin"))) + ":/usr/bin:/bin");
     }
 
     int runs() const { return readFile(m_dir.filePath(QStringLiteral("runs.txt"))).count('\n'); }
@@ -153,13 +149,8 @@ private slots:
     {
         QFETCH(QByteArray, output);
         QFETCH(QString, ip);
-        if (!output.isEmpty()) {
-            const QString script = m_dir.filePath(QStringLiteral("bin/ping"));
-            const QString note = QStringLiteral("#!/bin/sh\nfor a; do last=$a; done\necho \"$LC_ALL $last\" >> '%1'\n")
-                                     .arg(m_dir.filePath(QStringLiteral("runs.txt")));
-            QVERIFY(writeFile(script, note.toUtf8() + output + '\n'));
-            QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
-        }
+        if (!output.isEmpty())
+            installStandIn("for a; do last=$a; done\necho \"$LC_ALL $last\"", output);
         PingWrapper job(QStringLiteral("n"), ip, true, nullptr);
         job.setAutoDelete(false);
         QSignalSpy finished(&job, &PingWrapper::pingFinished);
@@ -173,7 +164,7 @@ private slots:
 
     void newPassCountsLateResultsOfTheOldOne()
     {
-        installStandIn(2);
+        installStandIn("echo run", "exec /bin/sleep 2");
         PingManager manager;
         QSignalSpy finished(&manager, &PingManager::pingServersFinished);
         manager.pingServers(serversNamed({"a", "b", "c", "d", "e", "f"}));

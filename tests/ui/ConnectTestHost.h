@@ -3,9 +3,6 @@
 #include "ConnectHost.h"
 #include "SystemTray.h"
 
-#include <QAction>
-#include <QMenu>
-
 // A tray that never pops up a balloon.
 class QuietTray : public SystemTray
 {
@@ -38,9 +35,6 @@ public:
     void setTrayStatusReestablishing() override { tray.setStatusReestablishing(); }
     void setTrayActiveServer(QString& name) override { tray.setActiveServer(name); }
     void setTrayBlocked(bool blocked) override { tray.setBlocked(blocked); }
-
-    // The tray menu's connect entry, which carries the state and the server name.
-    QString trayText() const { return tray.contextMenu()->actions().at(2)->text(); }
 
     QByteArray config, cert, key;
     int backs = 0, shows = 0, connectings = 0;

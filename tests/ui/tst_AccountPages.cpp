@@ -147,10 +147,9 @@ private slots:
         QCOMPARE(m_opened,
                  trusted && visibleAtAnswer ? QVector<QUrl> {QUrl(QStringLiteral("https://velmora.com/buy"))}
                                             : QVector<QUrl>());
-        QStringList messages;
-        for (const CustomMessageBox::Message& message : CustomMessageBox::answeredMessages())
-            messages << message.text;
-        QCOMPARE(messages, trusted ? QStringList() : QStringList {CustomMessageBox::unverifiedServiceText()});
+        QCOMPARE(CustomMessageBox::answeredMessages().size(), trusted ? 0 : 1);
+        QVERIFY(trusted
+                || CustomMessageBox::answeredMessages().first().text == CustomMessageBox::unverifiedServiceText());
         QStringList buyLogins;
         for (const QUrl& url : m_service.requests()) {
             const QUrlQuery query(url);

@@ -14,18 +14,6 @@
 
 #include <memory>
 
-namespace {
-
-// A standard server of login alice, in the offline cache's text form (name;flag;title;ip;favourite;login;password;
-// tcp ports;udp ports;protocol;stealth port;type;SNI), usable with every protocol.
-ServerInfo server(const QString& name, const QString& ip)
-{
-    return ServerInfo(QStringLiteral("%1;de;%1;%2;0;alice;secret;443;1194;%3;8443;%4;cdn.example")
-                          .arg(name, ip, QString::number(OpenVpnUdp), QString::number(ServerInfo::Standart)));
-}
-
-} // namespace
-
 // The connect page against the fake helper daemon, its fake OpenVPN management port and the fake service.
 class TestConnectWindow : public QObject
 {
@@ -46,7 +34,9 @@ private:
             if (m_states.isEmpty() || m_states.last() != state)
                 m_states << state;
         });
-        m_page->setServers({server(QStringLiteral("Frankfurt"), QStringLiteral("10.99.0.1"))});
+        // A standard server of login alice in the offline cache's text form, usable with every protocol.
+        m_page->setServers(
+            {ServerInfo(QStringLiteral("Frankfurt;de;Frankfurt;10.99.0.1;0;alice;secret;443;1194;4;8443;1;x"))});
         m_page->onServerChanged(ServerIdentif(QStringLiteral("alice"), QStringLiteral("Frankfurt")));
     }
 
@@ -79,8 +69,9 @@ private slots:
         m_daemon.reset();
     }
 
-    // What the page and the tray say through a recorded connection of a real OpenVPN that loses its tunnel, sets it
-    // up again and is then stopped; the sequence itself is the controller's, tested without a window.
+    // What the page says through a recorded connection of a real OpenVPN that loses its tunnel, sets it up again and
+    // is then stopped; the sequence itself is the controller's, tested without a window, and what the tray says on
+    // the way is read through the panel in tst_WholeProgram.
     void connectLoseTheTunnelAndEnd()
     {
         m_daemon->setManagementScript(
@@ -92,10 +83,8 @@ private slots:
         const QLabel* rates = m_page->findChild<QLabel*>("lbRates");
         QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Re-establishing the connection..."), 15000);
         QVERIFY(rates->isHidden());
-        QCOMPARE(m_host->trayText(), QStringLiteral("Re-establishing the connection to Frankfurt"));
         QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Connected"), 5000);
         QVERIFY(!rates->isHidden());
-        QCOMPARE(m_host->trayText(), QStringLiteral("Connected to Frankfurt"));
         QCOMPARE(locationButtonText(), QStringLiteral("Show connection"));
         QVERIFY(m_host->connectings > 0);
         QCOMPARE(m_host->backs, 1);
@@ -103,7 +92,6 @@ private slots:
         m_page->onClickConnect();
         QTRY_VERIFY_WITH_TIMEOUT(m_states.contains(ConnectWindow::Ending), 10000);
         QCOMPARE(m_page->state(), int(ConnectWindow::Idle));
-        QCOMPARE(m_host->trayText(), QStringLiteral("Connect Frankfurt"));
         QCOMPARE(locationButtonText(), QStringLiteral("Select VPN Location"));
         QVERIFY(messages().isEmpty());
     }
@@ -154,7 +142,6 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(messages().size(), 1, 20000);
         QTEST(int(messages().at(0).kind), "kind");
         QTEST(messages().at(0).text, "text");
-        QCOMPARE(messages().at(0).title, QStringLiteral("Tavrin"));
         QTEST(m_host->shows, "shows");
     }
 };

@@ -21,17 +21,9 @@ QVector<ServerInfo> catalogue()
     return serversFromText(QStringLiteral("Berlin Amsterdam Paris DE-Frankfurt:2 DE-Munich:2 FR-Lyon:2"));
 }
 
-QModelIndex findRow(QAbstractItemModel* model, const QString& name, const QModelIndex& parent = QModelIndex())
+QModelIndex findRow(QAbstractItemModel* model, const QString& name)
 {
-    for (int row = 0; row < model->rowCount(parent); ++row) {
-        const QModelIndex index = model->index(row, 0, parent);
-        if (index.data().toString() == name)
-            return index;
-        const QModelIndex inner = findRow(model, name, index);
-        if (inner.isValid())
-            return inner;
-    }
-    return QModelIndex();
+    return model->match(model->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly | Qt::MatchRecursive).value(0);
 }
 
 void clickIndex(ServerTreeView* view, const QModelIndex& index)
@@ -155,14 +147,16 @@ private slots:
     {
         const QString key = Keys::FavoriteServersTcp;
         const QString row = QStringLiteral("DE-Munich");
+        const auto clickStar = [&] {
+            m_page->onFilterChange(ServerListWindow::DoubleFilter);
+            m_page->view()->expandAll();
+            const QModelIndex index = findRow(m_page->proxy(), row);
+            QVERIFY(index.isValid());
+            clickIndex(m_page->view(), index.sibling(index.row(), 1));
+        };
         m_page->setServers(catalogue(), 5, false);
-        m_page->onFilterChange(ServerListWindow::DoubleFilter);
-        m_page->view()->expandAll();
-        QModelIndex index = findRow(m_page->proxy(), row);
-        QVERIFY(index.isValid());
-        clickIndex(m_page->view(), index.sibling(index.row(), 1));
-        const QString id = QStringLiteral("vpn1::") + row;
-        QTRY_COMPARE(LocalSettings::instance()->value(key).toStringList(), QStringList {id});
+        clickStar();
+        QTRY_COMPARE(LocalSettings::instance()->value(key).toStringList(), QStringList {"vpn1::" + row});
 
         // Another protocol has its own list; coming back restores the mark.
         m_page->setServers(catalogue(), 4, false);
@@ -173,10 +167,7 @@ private slots:
             QCOMPARE(s.favorite, s.name == row);
 
         // A second click takes the star away again.
-        m_page->onFilterChange(ServerListWindow::DoubleFilter);
-        m_page->view()->expandAll();
-        index = findRow(m_page->proxy(), row);
-        clickIndex(m_page->view(), index.sibling(index.row(), 1));
+        clickStar();
         QTRY_COMPARE(LocalSettings::instance()->value(key).toStringList(), QStringList());
     }
 
