@@ -37,10 +37,12 @@ QString entries(const SystemTray& tray)
 // 0 disconnected, 1 connecting, 2 connected; -1 leaves the tray as init() made it.
 void apply(SystemTray& tray, int state, bool notify)
 {
-    void (SystemTray::*const calls[])(bool)
-        = {&SystemTray::setStatusDisconnected, &SystemTray::setStatusConnecting, &SystemTray::setStatusConnected};
-    if (state >= 0)
-        (tray.*calls[state])(notify);
+    if (state == 0)
+        tray.setStatusDisconnected(notify);
+    else if (state == 1)
+        tray.setStatusConnecting(notify);
+    else if (state == 2)
+        tray.setStatusConnected(notify);
 }
 
 const QString LightEye = QStringLiteral(":/resources/eye-gray-light.svg");
