@@ -41,12 +41,13 @@ void takeUpdatePart(QPair<QString, QString>* update, const QString& name, const 
         update->second = decodeText(text);
 }
 
-// Turns the attributes of one `vpn` element into a server record. The values that repeat from server to server are
+// Turns the attributes of one `vpn` element into a server record, all but the password, which comes from the
+// subscriptions as they are when the record joins the list. The values that repeat from server to server are
 // decoded once and then shared, which makes a list of thousands of servers a fraction of the work and memory.
 class ServerDecoder
 {
 public:
-    ServerInfo server(const AnswerReader& answer, QMap<QString, Subscription>& subscriptions)
+    ServerInfo server(const AnswerReader& answer)
     {
         const auto attribute = [&answer](const char* name) {
             return answer.attribute(QLatin1String(name));
@@ -64,8 +65,6 @@ public:
         const bool twoHops = m_numbers.value(attribute("group"), decodeNumber) == 2;
         server.type = twoHops ? ServerInfo::Double : ServerInfo::Standart;
         server.sni = m_texts.value(attribute("sni"), decodeText);
-        // Inserting lookup: a login whose `file` has not come yet gets an empty entry and an empty password.
-        server.password = subscriptions[server.user].password();
         server.ping = 0;
         server.favorite = false;
         server.protocol = OpenVpnUdp;
@@ -78,84 +77,180 @@ private:
     SharedValues<int> m_numbers;
 };
 
-// The elements that sign-in and the list refresh share; false for any other element.
-class AccountElements
+// One account element, decoded; a run of servers is one step.
+struct Step
 {
-public:
-    explicit AccountElements(AccountData* account)
-        : m_account(account)
+    enum Kind { Servers, Certificate, Key, Config, File };
+    explicit Step(Kind k = Servers, QString u = QString(), QByteArray b = QByteArray(), Subscription s = Subscription())
+        : kind(k)
+        , user(std::move(u))
+        , bytes(std::move(b))
+        , subscription(std::move(s))
     { }
 
-    bool apply(const AnswerReader& answer)
+    Kind kind;
+    int count = 0;
+    QString user;
+    QByteArray bytes;
+    Subscription subscription;
+};
+
+} // namespace
+
+// What has been read of one answer: the decoded account elements in document order, to be applied at its end.
+class AccountAnswer::Reading
+{
+public:
+    explicit Reading(const QByteArray* body)
+        : reader(body != nullptr ? new AnswerReader(*body) : new AnswerReader)
+    { }
+
+    // Takes the current child if it is one of the elements that sign-in and the list refresh share.
+    bool take(const AnswerReader& answer)
     {
         const QString& tag = answer.name();
         const auto user = [&answer] {
             return decodeText(answer.attribute(QLatin1String("user")));
         };
         if (tag == QLatin1String("vpn")) {
-            if (m_firstServer) {
-                m_account->servers.clear();
-                m_firstServer = false;
-            }
-            m_account->servers.append(m_decoder.server(answer, m_account->subscriptions));
+            m_servers.append(m_decoder.server(answer));
+            if (m_steps.isEmpty() || m_steps.constLast().kind != Step::Servers)
+                m_steps.append(Step(Step::Servers));
+            ++m_steps.last().count;
         } else if (tag == QLatin1String("cert")) {
-            m_account->certificates[user()] = decodeBytes(answer.text());
+            m_steps.append(Step(Step::Certificate, user(), decodeBytes(answer.text())));
         } else if (tag == QLatin1String("key")) {
-            m_account->keys[user()] = decodeBytes(answer.text());
+            m_steps.append(Step(Step::Key, user(), decodeBytes(answer.text())));
         } else if (tag == QLatin1String("config")) {
-            m_account->config = decodeBytes(answer.text());
+            m_steps.append(Step(Step::Config, QString(), decodeBytes(answer.text())));
         } else if (tag == QLatin1String("file")) {
-            // Of several `file` elements before the first `vpn`, only the last survives; later ones accumulate.
-            if (m_firstServer)
-                m_account->subscriptions.clear();
             const QString login = user();
             const QString pass = decodeText(answer.attribute(QLatin1String("pass")));
             // A 32-bit count, as the service has always sent it: no number, or one past 2038, gives 1970.
             const quint32 expiry = quint32(decodeText(answer.attribute(QLatin1String("exp"))).toInt());
-            m_account->subscriptions[login] = Subscription(login, pass, QDateTime::fromSecsSinceEpoch(qint64(expiry)));
+            m_steps.append(Step(Step::File,
+                                QString(),
+                                QByteArray(),
+                                Subscription(login, pass, QDateTime::fromSecsSinceEpoch(qint64(expiry)))));
         } else {
             return false;
         }
         return true;
     }
 
+    void applyTo(AccountData* account)
+    {
+        bool firstServer = true;
+        int server = 0;
+        for (Step& step : m_steps) {
+            switch (step.kind) {
+            case Step::Servers:
+                if (firstServer) {
+                    account->servers.clear();
+                    account->servers.reserve(m_servers.size());
+                    firstServer = false;
+                }
+                for (const int end = server + step.count; server < end; ++server) {
+                    ServerInfo& s = m_servers[server];
+                    // Inserting lookup: a login whose `file` has not come yet gets an empty entry and an empty
+                    // password.
+                    s.password = account->subscriptions[s.user].password();
+                    account->servers.append(std::move(s));
+                }
+                break;
+            case Step::Certificate:
+                account->certificates[step.user] = step.bytes;
+                break;
+            case Step::Key:
+                account->keys[step.user] = step.bytes;
+                break;
+            case Step::Config:
+                account->config = step.bytes;
+                break;
+            case Step::File:
+                // Of several `file` elements before the first `vpn`, only the last survives; later ones accumulate.
+                if (firstServer)
+                    account->subscriptions.clear();
+                account->subscriptions[step.subscription.login()] = step.subscription;
+                break;
+            }
+        }
+        m_steps.clear();
+        m_servers.clear();
+    }
+
+    const std::unique_ptr<AnswerReader> reader;
+    // Set by an element that ends the reading (a sign-in's version, credentials or refusal).
+    bool stopped = false;
+
 private:
-    AccountData* m_account;
     ServerDecoder m_decoder;
-    bool m_firstServer = true;
+    QVector<ServerInfo> m_servers;
+    QVector<Step> m_steps;
 };
 
-} // namespace
+AccountAnswer::AccountAnswer(Kind kind)
+    : m_kind(kind)
+    , m_reading(new Reading(nullptr))
+{ }
 
-AccountAnswer::Outcome AccountAnswer::readSignIn(const QByteArray& body, AccountData* account)
+AccountAnswer::~AccountAnswer() = default;
+
+void AccountAnswer::addData(const QByteArray& piece)
 {
-    AnswerReader answer(body);
-    AccountElements elements(account);
-    while (answer.next()) {
+    if (m_reading->stopped)
+        return;
+    m_reading->reader->addData(piece);
+    readAvailable();
+}
+
+AccountAnswer::Outcome AccountAnswer::finish(AccountData* account)
+{
+    m_reading->reader->endOfData();
+    readAvailable();
+    m_reading->applyTo(account);
+    return m_outcome;
+}
+
+void AccountAnswer::readAvailable()
+{
+    AnswerReader& answer = *m_reading->reader;
+    while (!m_reading->stopped && answer.next()) {
+        if (m_kind == ServerList) {
+            m_reading->take(answer);
+            continue;
+        }
         const QString& tag = answer.name();
         if (tag == QLatin1String("ver")) {
             if (decodeText(answer.text()) != trueText)
-                return BadVersion;
-            m_lite = answer.attribute(QLatin1String("type")) == QLatin1String("lite");
+                m_outcome = BadVersion;
+            else
+                m_lite = answer.attribute(QLatin1String("type")) == QLatin1String("lite");
         } else if (tag == QLatin1String("auth")) {
             if (decodeText(answer.text()) != trueText)
-                return WrongLogin;
+                m_outcome = WrongLogin;
         } else if (tag == QLatin1String("error")) {
             m_errorText = decodeText(answer.text());
-            return Refused;
+            m_outcome = Refused;
         } else {
-            elements.apply(answer);
+            m_reading->take(answer);
         }
+        m_reading->stopped = m_outcome != Complete;
     }
-    return Complete;
+}
+
+AccountAnswer::Outcome AccountAnswer::readSignIn(const QByteArray& body, AccountData* account)
+{
+    m_kind = SignIn;
+    m_reading.reset(new Reading(&body));
+    return finish(account);
 }
 
 void AccountAnswer::readServerList(const QByteArray& body, AccountData* account)
 {
-    AnswerReader answer(body);
-    AccountElements elements(account);
-    while (answer.next())
-        elements.apply(answer);
+    m_kind = ServerList;
+    m_reading.reset(new Reading(&body));
+    finish(account);
 }
 
 QPair<QString, QString> AccountAnswer::updateOffer(const QByteArray& body)

@@ -19,6 +19,11 @@
 // it: half a certificate, or an update offer without its link, is worth nothing. The reader is strict where the
 // document parser was lenient (control characters, a repeated attribute, an undeclared entity): such a fault ends
 // the walk like any other.
+//
+// The body may be given whole, or in pieces as it arrives: then next() hands out the children that the pieces so far
+// complete, and endOfData() says that no more will come. A well-formed body gives the same children however it is
+// cut; in a faulty one, some faults (bytes not valid in the encoding, a "]]>" cut in two) are found where the piece
+// holding them is decoded or scanned, so the walk ends near the fault but not always after the same child.
 class AnswerReader
 {
 public:
@@ -29,12 +34,21 @@ public:
         QString text;
     };
 
+    // A whole body.
     explicit AnswerReader(const QByteArray& body);
+    // A body that comes in pieces: addData() for each, then endOfData().
+    AnswerReader();
     AnswerReader(const AnswerReader&) = delete;
     AnswerReader& operator=(const AnswerReader&) = delete;
 
-    // Moves to the next complete child; false at the root's end, at the end of the body or at the first error.
+    void addData(const QByteArray& piece);
+    void endOfData();
+
+    // Moves to the next complete child; false at the root's end, at the end of the body, at the first error, and
+    // (until endOfData()) when the pieces so far complete no further child.
     bool next();
+    // No child will follow: the walk has ended.
+    bool atEnd() const { return m_finished; }
 
     // The current child's qualified name, as written (no namespace processing).
     const QString& name() const { return m_name; }
@@ -44,14 +58,16 @@ public:
     const QVector<Part>& parts() const { return m_parts; }
 
 private:
-    bool enterRoot();
-    bool readChild();
+    void startChild();
 
     QByteArray m_body;
     QBuffer m_device;
     QXmlStreamReader m_xml;
+    bool m_endOfData = true;
     bool m_inRoot = false;
     bool m_finished = false;
+    // Depth inside the current child: 0 between children.
+    int m_depth = 0;
     QString m_name;
     QXmlStreamAttributes m_attributes;
     QString m_text;

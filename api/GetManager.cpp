@@ -39,6 +39,21 @@ void GetManager::getReply()
 {
     QNetworkReply* reply = manager.get(request);
     new ReplyTimeout(reply, timeout);
+    m_current = reply;
+    m_body.clear();
+    connect(reply, &QIODevice::readyRead, this, [this, reply] { readPiece(reply); });
+    emit attemptStarted();
+}
+
+void GetManager::readPiece(QNetworkReply* reply)
+{
+    if (reply != m_current)
+        return;
+    const QByteArray piece = reply->readAll();
+    if (piece.isEmpty())
+        return;
+    m_body += piece;
+    emit received(piece);
 }
 
 void GetManager::slotFinished(QNetworkReply* reply)
@@ -53,7 +68,17 @@ void GetManager::slotFinished(QNetworkReply* reply)
         success = true;
         unverified = false;
         errorString.clear();
-        data = reply->readAll();
+        streamed = reply == m_current;
+        if (streamed) {
+            readPiece(reply);
+            data = std::move(m_body);
+        } else {
+            data = reply->readAll();
+        }
+    }
+    if (reply == m_current) {
+        m_current = nullptr;
+        m_body.clear();
     }
     reply->deleteLater();
     if (!success && retryCount < maxRetries) {

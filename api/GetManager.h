@@ -32,12 +32,19 @@ public:
     bool unverified = false;
     // The last successful body; kept across a failed request, so look at `success` first.
     QByteArray data;
+    // `data` is the body of the attempt last started, as received() gave it in pieces (false for an earlier request's
+    // reply that finished after a later one was sent).
+    bool streamed = false;
     const int timeout;
     int retryCount = 0;
     QNetworkRequest request;
 
 signals:
     void progress(int percent);
+    // An attempt has been sent; the pieces of its body follow, and then finished(), or the next attempt.
+    void attemptStarted();
+    // A piece of the body of the current attempt, as it arrives; `data` becomes all of them in order.
+    void received(const QByteArray& piece);
     void finished(int);
 
 public slots:
@@ -47,6 +54,10 @@ public slots:
     void slotSslErrors(QNetworkReply* reply, const QList<QSslError>& errors);
 
 private:
+    void readPiece(QNetworkReply* reply);
+
+    QNetworkReply* m_current = nullptr;
+    QByteArray m_body;
     // The probe has its own access manager so that slotFinished never takes its body or re-sends for it.
     QNetworkAccessManager m_probeManager;
 };

@@ -99,6 +99,7 @@ void NetworkManager::authRequest(QString user, QString password)
     qDebug() << "NetworkManager::authRequest";
     m_login = user;
     m_password = password;
+    readAnswerOfKind(AccountAnswer::SignIn);
     connect(authGet.data(), &GetManager::finished, this, &NetworkManager::slotAuthFinished);
     authGet->getAsync(serviceUrl({{QStringLiteral("act"), QStringLiteral("wizardsetup")}}), 0);
 }
@@ -106,6 +107,7 @@ void NetworkManager::authRequest(QString user, QString password)
 void NetworkManager::serverListRequest()
 {
     qDebug() << "NetworkManager::serverListRequest";
+    readAnswerOfKind(AccountAnswer::ServerList);
     connect(authGet.data(), &GetManager::finished, this, &NetworkManager::slotServerListFinished);
     authGet->getAsync(serviceUrl({{QStringLiteral("act"), QStringLiteral("wizardsetup")}}), 1);
 }
@@ -150,17 +152,47 @@ void NetworkManager::startPing()
     m_pingManager->pingServers(m_account.servers);
 }
 
-bool NetworkManager::applySignInAnswer(const QByteArray& body, bool* lite)
+void NetworkManager::readAnswerOfKind(AccountAnswer::Kind kind)
 {
-    AccountAnswer answer;
+    // The answer is parsed and decoded while it arrives, and applied to the account once it is whole.
+    m_incomingKind = kind;
+    connect(authGet.data(), &GetManager::attemptStarted, this, &NetworkManager::onAccountAttempt, Qt::UniqueConnection);
+    connect(authGet.data(), &GetManager::received, this, &NetworkManager::onAccountPiece, Qt::UniqueConnection);
+}
+
+void NetworkManager::onAccountAttempt()
+{
+    m_incoming = std::make_unique<AccountAnswer>(m_incomingKind);
+}
+
+void NetworkManager::onAccountPiece(const QByteArray& piece)
+{
+    if (m_incoming)
+        m_incoming->addData(piece);
+}
+
+std::unique_ptr<AccountAnswer> NetworkManager::takeAnswer(AccountAnswer::Kind kind)
+{
+    std::unique_ptr<AccountAnswer> answer = std::move(m_incoming);
+    if (!authGet->streamed || !answer || answer->kind() != kind) {
+        // Requests that overlapped: read the body that finished.
+        answer = std::make_unique<AccountAnswer>(kind);
+        answer->addData(authGet->data);
+    }
+    return answer;
+}
+
+bool NetworkManager::applySignInAnswer(bool* lite)
+{
+    const std::unique_ptr<AccountAnswer> answer = takeAnswer(AccountAnswer::SignIn);
     AccountAnswer::Outcome outcome;
     {
         QMutexLocker lock(&m_mutex);
-        outcome = answer.readSignIn(body, &m_account);
+        outcome = answer->finish(&m_account);
     }
     switch (outcome) {
     case AccountAnswer::Complete:
-        *lite = answer.isLite();
+        *lite = answer->isLite();
         return true;
     case AccountAnswer::BadVersion:
         emit auth(BadVersion, QString());
@@ -169,16 +201,17 @@ bool NetworkManager::applySignInAnswer(const QByteArray& body, bool* lite)
         emit auth(WrongLogin, QString());
         break;
     case AccountAnswer::Refused:
-        emit auth(answer.errorText() == QLatin1String("nosub") ? NoSubscription : NetworkFailure, answer.errorText());
+        emit auth(answer->errorText() == QLatin1String("nosub") ? NoSubscription : NetworkFailure, answer->errorText());
         break;
     }
     return false;
 }
 
-void NetworkManager::applyServerListAnswer(const QByteArray& body)
+void NetworkManager::applyServerListAnswer()
 {
+    const std::unique_ptr<AccountAnswer> answer = takeAnswer(AccountAnswer::ServerList);
     QMutexLocker lock(&m_mutex);
-    AccountAnswer().readServerList(body, &m_account);
+    answer->finish(&m_account);
 }
 
 void NetworkManager::slotAuthFinished()
@@ -186,11 +219,12 @@ void NetworkManager::slotAuthFinished()
     qDebug() << "NetworkManager::slotAuthFinished";
     authGet->disconnect(this);
     if (!authGet->success) {
+        m_incoming.reset();
         emit auth(authGet->unverified ? UnverifiedService : NetworkFailure, authGet->errorString);
         return;
     }
     bool lite = true;
-    if (!applySignInAnswer(authGet->data, &lite))
+    if (!applySignInAnswer(&lite))
         return;
     startPing();
     emit auth(lite ? LiteAccount : Success, QString());
@@ -208,9 +242,10 @@ void NetworkManager::slotServerListFinished()
     authGet->disconnect(this);
     if (!authGet->success) {
         qDebug() << "Server List Finished Error:" << authGet->errorString;
+        m_incoming.reset();
         saveCachedData();
     } else {
-        applyServerListAnswer(authGet->data);
+        applyServerListAnswer();
         saveCachedData();
         startPing();
     }

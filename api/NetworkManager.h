@@ -12,6 +12,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <memory>
+
 #include "AccountAnswer.h"
 #include "ServerInfo.h"
 #include "Subscription.h"
@@ -93,9 +95,15 @@ private:
     ~NetworkManager() override;
 
     QUrl serviceUrl(const QList<QPair<QString, QString>>& items) const;
-    // Walks a sign-in answer; false when an element stopped it, after emitting auth() for it.
-    bool applySignInAnswer(const QByteArray& body, bool* lite);
-    void applyServerListAnswer(const QByteArray& body);
+    // Reads the answers of the account channel's next request as they arrive.
+    void readAnswerOfKind(AccountAnswer::Kind kind);
+    void onAccountAttempt();
+    void onAccountPiece(const QByteArray& piece);
+    // The account channel's answer, read as it arrived where it is the one that finished, else read now.
+    std::unique_ptr<AccountAnswer> takeAnswer(AccountAnswer::Kind kind);
+    // Applies the sign-in answer; false when an element stopped it, after emitting auth() for it.
+    bool applySignInAnswer(bool* lite);
+    void applyServerListAnswer();
     void startPing();
     // Files the ping manager's results with the servers and saves them.
     void takeLatencies();
@@ -103,6 +111,9 @@ private:
     static NetworkManager* _self;
 
     AccountData m_account;
+    // The answer of the account channel being read.
+    std::unique_ptr<AccountAnswer> m_incoming;
+    AccountAnswer::Kind m_incomingKind = AccountAnswer::SignIn;
     QMutex m_mutex;
     QString m_login;
     QString m_password;

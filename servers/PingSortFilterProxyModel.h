@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QPointer>
+
 #include "ViewFilterModel.h"
 
-#include <QVector>
+class ServerPingModel;
 
 // Filters the flat server table by kind, favourite mark or search text and orders it by
 // name, names without a hyphen first. Starts on the standard-server view.
@@ -20,9 +22,6 @@ protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
-    // Each source row's place in that order, ties in source order, worked out once per list: a sort then compares two
-    // numbers rather than two names, and a view switch sorts ten thousand rows.
-    const QVector<int>& ranks(const AbstractServerModel* model) const;
-
-    mutable QVector<int> m_ranks;
+    // The source when it is the flat table, which knows each row's place in name order.
+    QPointer<const ServerPingModel> m_flat;
 };

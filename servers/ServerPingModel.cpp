@@ -16,6 +16,7 @@ const int columns = 2;
 
 ServerPingModel::ServerPingModel(QObject* parent)
     : AbstractServerModel(parent)
+    , m_names(QSharedPointer<const ServerNameIndex>::create(QVector<ServerInfo>()))
     , pool(new QThreadPool(this))
     , timer(new QTimer(this))
 {
@@ -23,32 +24,26 @@ ServerPingModel::ServerPingModel(QObject* parent)
     connect(timer, &QTimer::timeout, this, &ServerPingModel::onPingTimerTimeout);
 }
 
-void ServerPingModel::setServers(QVector<ServerInfo> list)
+void ServerPingModel::setServers(const QVector<ServerInfo>& list, QSharedPointer<const ServerNameIndex> names)
 {
     beginResetModel();
     stopPing();
 
     // One entry per name (the last record wins), in order of first appearance; rows point at them.
-    QHash<QString, int> entryOfName;
-    entryOfName.reserve(list.size());
-    servers.clear();
-    servers.reserve(list.size());
-    sortTexts.clear();
-    sortTexts.reserve(list.size());
-    rows.clear();
-    rows.reserve(list.size());
-    nameOrder.clear();
-    for (const ServerInfo& server : qAsConst(list)) {
-        auto it = entryOfName.find(server.name);
-        if (it == entryOfName.end()) {
-            it = entryOfName.insert(server.name, servers.size());
-            servers.append(server);
-            sortTexts.append(server.name.toLower());
-        } else {
-            servers[*it] = server;
-        }
-        rows.append(*it);
+    if (!names || names->rowCount() != list.size())
+        names = QSharedPointer<const ServerNameIndex>::create(list);
+    m_names = std::move(names);
+    const QVector<int>& entries = m_names->rowEntries();
+    if (m_names->entryCount() == list.size()) {
+        // No name repeats: the entries are the rows, and the list is shared until a star changes.
+        servers = list;
+    } else {
+        servers.clear();
+        servers.resize(m_names->entryCount());
+        for (int row = 0; row < list.size(); ++row)
+            servers[entries[row]] = list[row];
     }
+    nameOrder.clear();
 
     endResetModel();
     emit progressPing(0.0f);
@@ -57,16 +52,16 @@ void ServerPingModel::setServers(QVector<ServerInfo> list)
 
 ServerInfo ServerPingModel::locationByIndex(const QModelIndex& index) const
 {
-    if (index.row() < 0 || index.row() >= rows.size())
+    if (index.row() < 0 || index.row() >= rowCount())
         return ServerInfo();
-    return servers[rows[index.row()]];
+    return servers[m_names->rowEntries()[index.row()]];
 }
 
 const QString& ServerPingModel::sortText(const QModelIndex& index) const
 {
-    if (index.row() < 0 || index.row() >= rows.size())
+    if (index.row() < 0 || index.row() >= rowCount())
         return noName();
-    return sortTexts[rows[index.row()]];
+    return m_names->sortTexts()[m_names->rowEntries()[index.row()]];
 }
 
 const QVector<int>& ServerPingModel::entriesByName() const
@@ -115,9 +110,16 @@ void ServerPingModel::stopPing()
     counter = 0;
 }
 
+QModelIndex ServerPingModel::index(int row, int column, const QModelIndex& parent) const
+{
+    if (parent.isValid() || row < 0 || column < 0 || row >= m_names->rowCount() || column >= columns)
+        return QModelIndex();
+    return createIndex(row, column);
+}
+
 int ServerPingModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : rows.size();
+    return parent.isValid() ? 0 : m_names->rowEntries().size();
 }
 
 int ServerPingModel::columnCount(const QModelIndex& parent) const
@@ -127,9 +129,9 @@ int ServerPingModel::columnCount(const QModelIndex& parent) const
 
 QVariant ServerPingModel::data(const QModelIndex& index, int role) const
 {
-    if (index.row() < 0 || index.column() < 0 || index.row() >= rows.size())
+    if (index.row() < 0 || index.column() < 0 || index.row() >= rowCount())
         return QVariant();
-    const ServerInfo& server = servers[rows[index.row()]];
+    const ServerInfo& server = servers[m_names->rowEntries()[index.row()]];
     switch (role) {
     case Qt::DisplayRole:
         if (index.column() == 0)
@@ -151,9 +153,9 @@ QVariant ServerPingModel::data(const QModelIndex& index, int role) const
 
 bool ServerPingModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
-    if (index.column() != FavoriteColumn || index.row() < 0 || index.row() >= rows.size())
+    if (index.column() != FavoriteColumn || index.row() < 0 || index.row() >= rowCount())
         return false;
-    ServerInfo& server = servers[rows[index.row()]];
+    ServerInfo& server = servers[m_names->rowEntries()[index.row()]];
     const bool old = server.favorite;
     server.favorite = value.toBool();
     logFavoriteChange(index, server, old, server.favorite);

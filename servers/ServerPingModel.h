@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QSharedPointer>
 #include <QString>
 #include <QVector>
 
 #include "AbstractServerModel.h"
+#include "ServerNameIndex.h"
 
 class QThreadPool;
 class QTimer;
@@ -17,7 +19,11 @@ class ServerPingModel : public AbstractServerModel
 public:
     explicit ServerPingModel(QObject* parent = nullptr);
 
-    void setServers(QVector<ServerInfo> list);
+    // `names` may be the index of another table of the same names in the same order; it is made anew when missing.
+    void setServers(const QVector<ServerInfo>& list, QSharedPointer<const ServerNameIndex> names = {});
+    const QSharedPointer<const ServerNameIndex>& names() const { return m_names; }
+    // Row -> its place in name order.
+    const QVector<int>& nameRanks() const { return m_names->ranks(); }
     ServerInfo locationByIndex(const QModelIndex& index) const override;
     const QString& sortText(const QModelIndex& index) const override;
     // The lowest measured (positive) latency, the first in name order among equals; when no record has one, the
@@ -26,6 +32,8 @@ public:
     QVector<ServerInfo> getFavoriteLocation() const;
     void stopPing();
 
+    // As the table model's, without its two virtual calls: sorting ten thousand rows asks for two per comparison.
+    QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
@@ -46,12 +54,10 @@ signals:
 private:
     const QVector<int>& entriesByName() const;
 
-    // One entry per distinct name, in order of first appearance.
+    // The rows' entries, names and name order.
+    QSharedPointer<const ServerNameIndex> m_names;
+    // One record per entry: the last of that name.
     QVector<ServerInfo> servers;
-    // The lower-cased name of each entry of `servers`.
-    QVector<QString> sortTexts;
-    // Row number -> position in `servers`.
-    QVector<int> rows;
     // Positions in `servers` in name order; empty until asked for.
     mutable QVector<int> nameOrder;
     QThreadPool* pool;

@@ -108,9 +108,13 @@ QVector<ServerInfo> ServerTreeModel::getFavoriteLocation() const
 
 QModelIndex ServerTreeModel::index(int row, int column, const QModelIndex& parent) const
 {
-    if (!hasIndex(row, column, parent))
+    // What hasIndex() checks, with one look at the parent: sorting and filtering ask thousands of times.
+    if (row < 0 || column < 0 || column >= columns || parent.column() > 0)
         return QModelIndex();
-    return createIndex(row, column, itemOf(parent)->child(row));
+    const LocationTreeItem* parentItem = itemOf(parent);
+    if (row >= parentItem->childCount())
+        return QModelIndex();
+    return createIndex(row, column, parentItem->child(row));
 }
 
 QModelIndex ServerTreeModel::parent(const QModelIndex& child) const

@@ -24,6 +24,9 @@ void ViewFilterModel::showAll(QString& text)
 
 void ViewFilterModel::setModes(bool favorite, bool isDouble, const QString& text)
 {
+    // The rows follow the source's own changes already: the same view again would only sort them again.
+    if (favorite == favoriteMode && isDouble == doubleMode && text == search && search.isNull() == text.isNull())
+        return;
     favoriteMode = favorite;
     doubleMode = isDouble;
     search = text;

@@ -214,6 +214,7 @@ void ServerListWindow::setServers(QVector<ServerInfo> servers, int protocol, boo
         qDebug() << "user: " << user;
     qDebug() << "ServerListWindow::setServers count:" << kept.size();
     m_servers = std::move(kept);
+    m_names.reset();
 
     if (flag && !favoriteList.isEmpty())
         onFilterChange(FavoritesFilter);
@@ -248,7 +249,8 @@ void ServerListWindow::setupView(ViewType type)
     case PingView: {
         auto* ping = new ServerPingModel(this);
         connect(ping, &ServerPingModel::favoriteChanged, this, &ServerListWindow::onFavoriteChanged);
-        ping->setServers(m_servers);
+        ping->setServers(m_servers, m_names);
+        m_names = ping->names();
         model = later<AbstractServerModel>(ping);
         proxy = later<AbstractFilterModel>(new PingSortFilterProxyModel(this));
         delegate = later<QStyledItemDelegate>(new ServerItemDelegate(this));

@@ -15,6 +15,7 @@ class QLabel;
 class QPushButton;
 class QStyledItemDelegate;
 class SearchEdit;
+class ServerNameIndex;
 class ServerTreeView;
 
 // The page on which the user picks a location: favourites, standard servers, double-hop
@@ -95,6 +96,8 @@ private:
     QSharedPointer<AbstractFilterModel> m_proxy;
     QSharedPointer<QStyledItemDelegate> m_delegate;
     QVector<ServerInfo> m_servers;
+    // The flat table's index of those names; made with the first flat table of a list.
+    QSharedPointer<const ServerNameIndex> m_names;
     int m_protocol = 4;
     ServerInfo m_currentServer;
     ViewType m_viewType = PingView;

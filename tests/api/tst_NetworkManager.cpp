@@ -46,6 +46,20 @@ QByteArray vpn(const QString& name, const QString& user, const QByteArray& extra
 
 const char* const attributeNames[] = {"name", "user", "type", "a:b"};
 
+QString describe(const AnswerReader& answer)
+{
+    QString line = answer.name() + QLatin1Char('|');
+    for (const char* name : attributeNames) {
+        const QStringRef value = answer.attribute(QLatin1String(name));
+        if (!value.isNull())
+            line += QLatin1String(name) + QLatin1Char('=') + value + QLatin1Char(' ');
+    }
+    line += QLatin1Char('|') + answer.text() + QLatin1Char('|');
+    for (const AnswerReader::Part& part : answer.parts())
+        line += part.name + QLatin1Char('=') + part.text + QLatin1Char(' ');
+    return line;
+}
+
 QStringList treeWalk(const QByteArray& body)
 {
     QDomDocument doc(QStringLiteral("request"));
@@ -68,24 +82,23 @@ QStringList treeWalk(const QByteArray& body)
     return children;
 }
 
-QStringList streamWalk(const QByteArray& body)
+// Whole, or in pieces of the given size as from the network, each piece read as it comes.
+QStringList streamWalk(const QByteArray& body, int pieceSize = 0)
 {
-    AnswerReader answer(body);
+    QScopedPointer<AnswerReader> answer(pieceSize == 0 ? new AnswerReader(body) : new AnswerReader);
     QStringList children;
-    while (answer.next()) {
-        QString line = answer.name() + QLatin1Char('|');
-        for (const char* name : attributeNames) {
-            const QStringRef value = answer.attribute(QLatin1String(name));
-            if (!value.isNull())
-                line += QLatin1String(name) + QLatin1Char('=') + value + QLatin1Char(' ');
-        }
-        line += QLatin1Char('|') + answer.text() + QLatin1Char('|');
-        for (const AnswerReader::Part& part : answer.parts())
-            line += part.name + QLatin1Char('=') + part.text + QLatin1Char(' ');
-        children << line;
+    for (int at = 0; pieceSize != 0 && at <= body.size(); at += pieceSize) {
+        answer->addData(body.mid(at, pieceSize));
+        if (at + pieceSize > body.size())
+            answer->endOfData();
+        while (answer->next())
+            children << describe(*answer);
     }
+    while (answer->next())
+        children << describe(*answer);
     return children;
 }
+
 } // namespace
 
 using CacheMap = QMap<QString, QByteArray>;
@@ -168,6 +181,11 @@ private slots:
         QTest::newRow("update offer parts") << QByteArray(
             "<r><upgrade>x<ver>MS4w</ver><!--c--><link>bA==<y>QQ==</y></link><ver>Mi4w</ver></upgrade></r>")
                                             << 0;
+        QTest::newRow("multi-byte characters, blanks around and inside text") << QByteArray(
+            "<r><cert user=\"\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80\">  ab  \n cd  </cert><key>\n  </key></r>")
+                                                                              << 0;
+        QTest::newRow("Latin-1 declared")
+            << QByteArray("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r><cert user=\"\xe9\">\xe9</cert></r>") << 0;
         QTest::newRow("truncated in a text") << QByteArray("<r><config>YWJj</config><cert>ZGVm") << 1;
         QTest::newRow("mismatched end tag") << QByteArray("<r><key>a</key><cert>b</key><vpn/></r>") << 1;
     }
@@ -179,6 +197,9 @@ private slots:
         // A child that an error cuts short is dropped, together with everything after it.
         expected.erase(expected.end() - cutShort, expected.end());
         QCOMPARE(streamWalk(body), expected);
+        // As it arrives from the network, cut anywhere: inside a name, an entity, a character, a CDATA marker.
+        for (const int pieceSize : {1, 3, 7})
+            QCOMPARE(streamWalk(body, pieceSize), expected);
     }
 
     // A refused certificate ends the handshake, so the request never reaches the service. The trusted authority of

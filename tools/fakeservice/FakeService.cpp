@@ -74,6 +74,7 @@ void FakeService::reset()
     m_delayMs = 0;
     m_connectBody.clear();
     m_unsized = false;
+    m_bodyRate = 0;
     m_certificateKind = FakeCertificates::Kind::Trusted;
     m_requests.clear();
 }
@@ -216,6 +217,20 @@ void FakeService::send(
         head += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
     head += "Connection: close\r\n\r\n";
     socket->write(head);
-    socket->write(body);
-    socket->disconnectFromHost();
+    if (m_bodyRate <= 0) {
+        socket->write(body);
+        socket->disconnectFromHost();
+        return;
+    }
+    const int slice = std::max(1, m_bodyRate / 100);
+    auto* pace = new QTimer(socket);
+    connect(pace, &QTimer::timeout, socket, [socket, pace, body, slice, sent = 0]() mutable {
+        socket->write(body.mid(sent, slice));
+        sent += slice;
+        if (sent >= body.size()) {
+            pace->stop();
+            socket->disconnectFromHost();
+        }
+    });
+    pace->start(10);
 }

@@ -62,6 +62,8 @@ public:
     void setConnectBody(const QByteArray& body) { m_connectBody = body; }
     // Downloads are sent without a Content-Length and ended by closing the connection.
     void setUnsizedDownloads(bool unsized) { m_unsized = unsized; }
+    // Bodies go out at this many bytes a second, a slice every 10 ms, as over a slower link; 0 sends them at once.
+    void setBodyRate(int bytesPerSecond) { m_bodyRate = bytesPerSecond; }
 
     // Requests read in full; a client that refused the certificate never sends one.
     int requestCount() const { return m_requests.size(); }
@@ -91,5 +93,6 @@ private:
     int m_delayMs = 0;
     QByteArray m_connectBody;
     bool m_unsized = false;
+    int m_bodyRate = 0;
     QVector<QUrl> m_requests;
 };
