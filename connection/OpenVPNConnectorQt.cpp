@@ -11,6 +11,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -197,10 +198,18 @@ void OpenVPNConnectorQt::session()
                 continue;
             }
             managementConnected = true;
+            // Our commands go out as written.
+            const int on = 1;
+            ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
             sendAll(fd, QByteArrayLiteral("state on all\n"));
             sendAll(fd, QByteArrayLiteral("log on\n"));
             sendAll(fd, QByteArrayLiteral("bytecount 1\n"));
         }
+        // OpenVPN writes a command's echo in the log and then its answer as two small writes, and holds the second
+        // until the first is acknowledged: acknowledge at once rather than after the usual 40 ms delay, which would
+        // otherwise come twice (user name and password) before every connection.
+        const int quick = 1;
+        ::setsockopt(socketOpenVPNfd, IPPROTO_TCP, TCP_QUICKACK, &quick, sizeof(quick));
         if (sgetline(socketOpenVPNfd, line, LineBufferSize) < 0)
             break;
         interpretLine(line);

@@ -1,6 +1,8 @@
 // Time from Connection::connect to "connected" against OpenVPN started by hand with the same
-// configuration and server until its "Initialization Sequence Completed". Runs in the network
-// namespaces of the e2e tests; needs root and /dev/net/tun.
+// configuration and server: from its hold release on the management interface to its CONNECTED
+// state (OpenVPN's own work, the reference of the goal), and from its start until its
+// "Initialization Sequence Completed". Runs in the network namespaces of the e2e tests; needs root
+// and /dev/net/tun.
 
 #include "BenchGoal.h"
 #include "E2eLab.h"
@@ -12,6 +14,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QTimer>
 #include <QVector>
@@ -66,6 +69,70 @@ double engineRound(E2eLab& lab, const QString& configPath)
     return ms;
 }
 
+QStringList rawArguments(E2eLab& lab, const QString& configPath, const QString& credentials)
+{
+    return {QStringLiteral("--config"),
+            configPath,
+            QStringLiteral("--auth-user-pass"),
+            credentials,
+            QStringLiteral("--script-security"),
+            QStringLiteral("2"),
+            QStringLiteral("--up"),
+            QStringLiteral(TAVRIN_RESOLVER_SCRIPT),
+            QStringLiteral("--down"),
+            QStringLiteral(TAVRIN_RESOLVER_SCRIPT),
+            QStringLiteral("--setenv"),
+            QStringLiteral("TAVRIN_HELPERD_ROOT"),
+            lab.dir() + QStringLiteral("/root")};
+}
+
+void stop(QProcess& openvpn)
+{
+    openvpn.terminate();
+    if (!openvpn.waitForFinished(10000))
+        openvpn.kill();
+    openvpn.waitForFinished();
+}
+
+// OpenVPN held at its start: from "hold release" to the CONNECTED state on its management socket.
+double heldRound(E2eLab& lab, const QString& configPath, const QString& credentials)
+{
+    const QString socketPath = lab.dir() + QStringLiteral("/raw-management");
+    QFile::remove(socketPath);
+    QProcess openvpn;
+    openvpn.setProcessChannelMode(QProcess::MergedChannels);
+    openvpn.start(E2eLab::openvpnProgram(),
+                  rawArguments(lab, configPath, credentials)
+                      << QStringLiteral("--management") << socketPath << QStringLiteral("unix")
+                      << QStringLiteral("--management-hold"));
+    QLocalSocket management;
+    const bool attached = waitFor(
+        [&] {
+            if (management.state() == QLocalSocket::UnconnectedState)
+                management.connectToServer(socketPath);
+            return management.state() == QLocalSocket::ConnectedState || openvpn.state() == QProcess::NotRunning;
+        },
+        10000);
+    QByteArray said;
+    bool up = false;
+    QElapsedTimer clock;
+    if (attached && management.state() == QLocalSocket::ConnectedState) {
+        management.write("state on\n");
+        clock.start();
+        management.write("hold release\n");
+        waitFor(
+            [&] {
+                said += management.readAll();
+                up = said.contains(",CONNECTED,");
+                return up || openvpn.state() == QProcess::NotRunning;
+            },
+            30000);
+    }
+    const double ms = up ? clock.nsecsElapsed() / 1e6 : -1;
+    stop(openvpn);
+    return ms;
+}
+
 double rawRound(E2eLab& lab, const QString& configPath, const QString& credentials)
 {
     QProcess openvpn;
@@ -73,20 +140,7 @@ double rawRound(E2eLab& lab, const QString& configPath, const QString& credentia
     QByteArray output;
     QElapsedTimer clock;
     clock.start();
-    openvpn.start(E2eLab::openvpnProgram(),
-                  {QStringLiteral("--config"),
-                   configPath,
-                   QStringLiteral("--auth-user-pass"),
-                   credentials,
-                   QStringLiteral("--script-security"),
-                   QStringLiteral("2"),
-                   QStringLiteral("--up"),
-                   QStringLiteral(TAVRIN_RESOLVER_SCRIPT),
-                   QStringLiteral("--down"),
-                   QStringLiteral(TAVRIN_RESOLVER_SCRIPT),
-                   QStringLiteral("--setenv"),
-                   QStringLiteral("TAVRIN_HELPERD_ROOT"),
-                   lab.dir() + QStringLiteral("/root")});
+    openvpn.start(E2eLab::openvpnProgram(), rawArguments(lab, configPath, credentials));
     const bool ok = waitFor(
         [&] {
             output += openvpn.readAll();
@@ -95,10 +149,7 @@ double rawRound(E2eLab& lab, const QString& configPath, const QString& credentia
         30000);
     const double ms = clock.nsecsElapsed() / 1e6;
     const bool completed = ok && output.contains("Initialization Sequence Completed");
-    openvpn.terminate();
-    if (!openvpn.waitForFinished(10000))
-        openvpn.kill();
-    openvpn.waitForFinished();
+    stop(openvpn);
     return completed ? ms : -1;
 }
 
@@ -131,24 +182,30 @@ int main(int argc, char* argv[])
 
     QVector<double> engine;
     QVector<double> raw;
+    QVector<double> held;
     for (int i = 0; i < Rounds; ++i) {
-        // Interleaved, so that drift on a busy machine hits both alike.
+        // Interleaved, so that drift on a busy machine hits all alike.
         const double e = engineRound(lab, file.configFileName);
         const double r = rawRound(lab, file.configFileName, credentials);
-        std::printf("round %d: engine %.1f ms, raw openvpn %.1f ms\n", i + 1, e, r);
-        if (e < 0 || r < 0) {
+        const double h = heldRound(lab, file.configFileName, credentials);
+        std::printf(
+            "round %d: engine %.1f ms, raw openvpn %.1f ms, hold release to CONNECTED %.1f ms\n", i + 1, e, r, h);
+        if (e < 0 || r < 0 || h < 0) {
             std::fprintf(stderr, "bench_connection_e2e: a connection did not come up\n");
             return 1;
         }
         engine << e;
         raw << r;
+        held << h;
     }
     const double e = median(engine);
     const double r = median(raw);
+    const double h = median(held);
     std::printf("median over %d connections (OpenVPN over UDP, namespaces):\n", Rounds);
     std::printf("  Connection::connect -> connected        %8.1f ms\n", e);
-    std::printf("  raw openvpn -> Initialization Sequence  %8.1f ms\n", r);
-    std::printf("  engine adds %.1f ms, ratio engine/raw %.2f\n", e - r, e / r);
-    std::printf("%s\n", qPrintable(goalLine("connect beyond raw OpenVPN", e - r, "ms", 50)));
+    std::printf("  raw openvpn -> Initialization Sequence  %8.1f ms (engine adds %.1f ms)\n", r, e - r);
+    std::printf("  raw hold release -> CONNECTED           %8.1f ms (engine adds %.1f ms)\n", h, e - h);
+    std::printf("%s\n",
+                qPrintable(goalLine("connect beyond raw OpenVPN (hold release to CONNECTED)", e - h, "ms", 50)));
     return 0;
 }

@@ -77,6 +77,7 @@ public:
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("PATH"), path("bin") + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
         env.insert(QStringLiteral("TAVRIN_HELPERD_ROOT"), path("root"));
+        env.insert(QStringLiteral("TAVRIN_HELPERD_NFT"), path("bin/nft"));
         env.insert(QStringLiteral("TAVRIN_HELPERD_SCRIPT"), QStringLiteral(TAVRIN_RESOLVER_SCRIPT));
         m_process.setProcessEnvironment(env);
         // Into a file, not a pipe: nothing here reads a pipe while the clients wait, and a full

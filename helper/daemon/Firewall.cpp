@@ -8,12 +8,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QSaveFile>
-
-namespace {
-constexpr int NftTimeoutMs = 3000;
-}
 
 Firewall::Firewall(const QString& stateDir)
     : m_stateDir(stateDir)
@@ -57,26 +52,18 @@ bool Firewall::off()
 
 bool Firewall::installed()
 {
-    return listSucceeds(
-        {QStringLiteral("list"), QStringLiteral("table"), QStringLiteral("inet"), QStringLiteral("tavrin")});
+    return listSucceeds(QStringLiteral("list table inet tavrin"));
 }
 
 bool Firewall::supported()
 {
-    return listSucceeds({QStringLiteral("list"), QStringLiteral("tables")});
+    return listSucceeds(QStringLiteral("list tables"));
 }
 
-bool Firewall::listSucceeds(const QStringList& arguments)
+bool Firewall::listSucceeds(const QString& command)
 {
-    QProcess nft;
-    nft.start(QStringLiteral("nft"), arguments);
-    nft.closeWriteChannel();
-    if (!nft.waitForFinished(NftTimeoutMs)) {
-        nft.kill();
-        nft.waitForFinished();
-        return false;
-    }
-    return nft.exitStatus() == QProcess::NormalExit && nft.exitCode() == 0;
+    QString ignored;
+    return Nft::run(command + QLatin1Char('\n'), ignored);
 }
 
 bool Firewall::enableOnStart()

@@ -25,7 +25,7 @@ public:
     QString error() const { return m_error; }
 
 private:
-    static bool listSucceeds(const QStringList& arguments);
+    static bool listSucceeds(const QString& command);
     QString stateFile() const;
     bool save(const FirewallRequest& request, bool active, bool atStart);
     bool load(FirewallRequest& request, bool& active, bool& atStart) const;

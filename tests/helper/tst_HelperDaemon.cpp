@@ -1,5 +1,5 @@
 // The daemon as a process: the wire protocol, the refusals, and what the accepted requests do.
-// OpenVPN and nft are stand-ins first on PATH here; the real ones run in the e2e test.
+// OpenVPN (first on PATH) and nft (TAVRIN_HELPERD_NFT) are stand-ins here; the real ones run in the e2e test.
 
 #include "WireClient.h"
 
@@ -145,6 +145,7 @@ private:
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("PATH"), path("bin") + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
         env.insert(QStringLiteral("TAVRIN_HELPERD_ROOT"), path("root"));
+        env.insert(QStringLiteral("TAVRIN_HELPERD_NFT"), path("bin/nft"));
         env.insert(QStringLiteral("TAVRIN_HELPERD_SCRIPT"), QStringLiteral(TAVRIN_RESOLVER_SCRIPT));
         m_daemon.terminate();
         QVERIFY(m_daemon.state() == QProcess::NotRunning || m_daemon.waitForFinished(10000));
