@@ -289,6 +289,7 @@ void NetworkManager::slotIpTimezoneFinished()
 void NetworkManager::onPingServersFinished()
 {
     takeLatencies();
+    saveCachedData();
     emit serverUpdated(Success, QString());
 }
 
@@ -310,7 +311,6 @@ void NetworkManager::takeLatencies()
                 server.ping += m_doubleServerPings[server.name];
         }
     }
-    saveCachedData();
 }
 
 void NetworkManager::onRequestPingDoubleServerFinished(int)

@@ -105,7 +105,8 @@ private:
     bool applySignInAnswer(bool* lite);
     void applyServerListAnswer();
     void startPing();
-    // Files the ping manager's results with the servers and saves them.
+    // Files the ping manager's results with the servers. The cache does not change with them: its lines carry no
+    // latency.
     void takeLatencies();
 
     static NetworkManager* _self;
