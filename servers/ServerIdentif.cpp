@@ -4,7 +4,8 @@
 
 QString identifToSettings(const ServerIdentif& id)
 {
-    return QStringLiteral("%1::%2").arg(id.first, id.second);
+    // As "%1::%2" filled in one pass, which reads neither part for markers; a plain join costs a tenth.
+    return id.first + QLatin1String("::") + id.second;
 }
 
 ServerIdentif identifFromSettings(const QString& text)

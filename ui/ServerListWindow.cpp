@@ -201,7 +201,7 @@ void ServerListWindow::setServers(QVector<ServerInfo> servers, int protocol, boo
     for (ServerInfo& server : servers) {
         if (!offersProtocol(server, m_protocol))
             continue;
-        server.favorite = favorites.contains(settingsText(server));
+        server.favorite = !favorites.isEmpty() && favorites.contains(settingsText(server));
         server.protocol = PROTOCOL_TYPE(m_protocol);
         if (!seenUsers.contains(server.user)) {
             seenUsers.insert(server.user);
