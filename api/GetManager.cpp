@@ -40,20 +40,19 @@ void GetManager::getReply()
     QNetworkReply* reply = manager.get(request);
     new ReplyTimeout(reply, timeout);
     m_current = reply;
-    m_body.clear();
+    m_bodies.insert(reply, QByteArray());
     connect(reply, &QIODevice::readyRead, this, [this, reply] { readPiece(reply); });
     emit attemptStarted();
 }
 
 void GetManager::readPiece(QNetworkReply* reply)
 {
-    if (reply != m_current)
-        return;
     const QByteArray piece = reply->readAll();
     if (piece.isEmpty())
         return;
-    m_body += piece;
-    emit received(piece);
+    m_bodies[reply] += piece;
+    if (reply == m_current)
+        emit received(piece);
 }
 
 void GetManager::slotFinished(QNetworkReply* reply)
@@ -69,17 +68,12 @@ void GetManager::slotFinished(QNetworkReply* reply)
         unverified = false;
         errorString.clear();
         streamed = reply == m_current;
-        if (streamed) {
-            readPiece(reply);
-            data = std::move(m_body);
-        } else {
-            data = reply->readAll();
-        }
+        readPiece(reply);
+        data = m_bodies.value(reply);
     }
-    if (reply == m_current) {
+    m_bodies.remove(reply);
+    if (reply == m_current)
         m_current = nullptr;
-        m_body.clear();
-    }
     reply->deleteLater();
     if (!success && retryCount < maxRetries) {
         ++retryCount;

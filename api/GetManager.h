@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QObject>
@@ -56,8 +57,10 @@ public slots:
 private:
     void readPiece(QNetworkReply* reply);
 
+    // The reply of the attempt last started, and what each unfinished reply has brought so far: a request sent on
+    // the channel before the last one still finishes with its whole body.
     QNetworkReply* m_current = nullptr;
-    QByteArray m_body;
+    QHash<QNetworkReply*, QByteArray> m_bodies;
     // The probe has its own access manager so that slotFinished never takes its body or re-sends for it.
     QNetworkAccessManager m_probeManager;
 };

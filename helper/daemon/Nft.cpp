@@ -1,12 +1,15 @@
 #include "Nft.h"
 
+#include <QDir>
 #include <QProcess>
 #include <QProcessEnvironment>
 
 #include <nftables/libnftables.h>
 
-#include <memory>
 #include <mutex>
+
+#include <fcntl.h>
+#include <sys/socket.h>
 
 namespace Nft {
 
@@ -38,6 +41,22 @@ bool runProgram(const QString& program, const QString& script, QString& error)
     }
     return true;
 }
+// The library's netlink socket is not closed on exec: the programs the daemon starts (the resolver script, dpkg) have
+// no use for it.
+void closeNetlinkOnExec()
+{
+    const QStringList descriptors = QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System);
+    for (const QString& name : descriptors) {
+        const int fd = name.toInt();
+        int domain = 0;
+        socklen_t length = sizeof(domain);
+        if (::getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &length) != 0 || domain != AF_NETLINK)
+            continue;
+        const int flags = ::fcntl(fd, F_GETFD);
+        if (flags >= 0)
+            ::fcntl(fd, F_SETFD, flags | FD_CLOEXEC);
+    }
+}
 } // namespace
 
 bool run(const QString& script, QString& error)
@@ -47,19 +66,24 @@ bool run(const QString& script, QString& error)
         return runProgram(program, script, error);
 
     // The library nft itself is made of, in this process: the same parser and the same transaction, without starting
-    // a program (some 20 ms) for each change. One script at a time, as the library keeps some state of its own.
+    // a program (some 20 ms) for each change. One context for the daemon's life, made with its first script (at
+    // start): the library opens its netlink socket then, and ends the process if it cannot, which a daemon that
+    // cannot set rules should do before it serves anyone rather than later, in the middle of a request.
     static std::mutex serial;
     const std::lock_guard<std::mutex> lock(serial);
-    const std::unique_ptr<nft_ctx, void (*)(nft_ctx*)> context(nft_ctx_new(NFT_CTX_DEFAULT), nft_ctx_free);
-    if (!context) {
-        error = QStringLiteral("nft cannot be started");
-        return false;
-    }
-    nft_ctx_buffer_output(context.get());
-    nft_ctx_buffer_error(context.get());
-    if (nft_run_cmd_from_buffer(context.get(), script.toUtf8().constData()) != 0) {
-        error = QStringLiteral("nft failed: %1")
-                    .arg(QString::fromLocal8Bit(nft_ctx_get_error_buffer(context.get())).trimmed());
+    static nft_ctx* const context = [] {
+        nft_ctx* made = nft_ctx_new(NFT_CTX_DEFAULT);
+        nft_ctx_buffer_output(made);
+        nft_ctx_buffer_error(made);
+        closeNetlinkOnExec();
+        return made;
+    }();
+    const bool applied = nft_run_cmd_from_buffer(context, script.toUtf8().constData()) == 0;
+    // Taking the buffers empties them for the next script.
+    nft_ctx_get_output_buffer(context);
+    const QString errors = QString::fromLocal8Bit(nft_ctx_get_error_buffer(context)).trimmed();
+    if (!applied) {
+        error = QStringLiteral("nft failed: %1").arg(errors);
         return false;
     }
     return true;

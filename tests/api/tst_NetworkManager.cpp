@@ -337,6 +337,37 @@ private slots:
         QCOMPARE(client()->getConfigOVPNbyServer(QString()).size(), 10 * 1024 * 1024);
     }
 
+    // A request sent while the answer to the last one is still arriving: the first to finish is read whole.
+    void overlappingRequests_data()
+    {
+        QTest::addColumn<bool>("signInFirst");
+        QTest::newRow("a list asked for during the sign-in answer") << true;
+        QTest::newRow("a list asked for during another list") << false;
+    }
+    void overlappingRequests()
+    {
+        QFETCH(bool, signInFirst);
+        QByteArray children = element("ver", QStringLiteral("true")) + element("auth", QStringLiteral("true"))
+            + file(QStringLiteral("big"), QStringLiteral("p"), QStringLiteral("3000000000"));
+        for (int i = 0; i < 3000; ++i)
+            children += vpn(QStringLiteral("S%1").arg(i), QStringLiteral("big"));
+        m_service.setConnectBody(document(children));
+        m_service.setBodyRate(200000);
+        QSignalSpy auth(client(), &NetworkManager::auth);
+        QSignalSpy listed(client(), &NetworkManager::serverUpdated);
+        if (signInFirst)
+            client()->authRequest(QStringLiteral("demo"), QStringLiteral("demo"));
+        else
+            client()->serverListRequest();
+        QTest::qWait(400);
+        client()->serverListRequest();
+        QTRY_COMPARE_WITH_TIMEOUT(auth.count() + listed.count(), 1, 20000);
+        if (signInFirst)
+            QCOMPARE(auth.at(0).at(0).toInt(), int(NetworkManager::Success));
+        chooseLogin(QStringLiteral("big"));
+        QCOMPARE(client()->servers().size(), 3000);
+    }
+
     // A refresh takes only the account data; a failed one still reports success and saves the list it has.
     void refreshTakesOnlyTheAccountData()
     {
