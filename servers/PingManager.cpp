@@ -23,29 +23,42 @@ void PingManager::pingServers(QVector<ServerInfo> servers)
     for (const ServerInfo& server : servers)
         results.insert(server.name, server);
 
-    // One job per record, duplicates included: the finish rule below counts on the surplus. All jobs are made
-    // before the first one is handed over: once the pool runs, its threads start processes, allocate and post
-    // results alongside this loop, and on a small machine making ten thousand jobs then takes several times as long.
-    QVector<PingWrapper*> jobs;
-    jobs.reserve(servers.size());
+    // One job per record, duplicates included (the finish rule below counts on the surplus), run in order, five at a
+    // time. The pool is handed a job only when it has a thread for it: ten thousand jobs made at once took several
+    // milliseconds on the main thread and held some megabytes until the pass, minutes long, was through.
+    m_queue.clear();
+    m_queue.reserve(servers.size());
+    for (const ServerInfo& server : qAsConst(servers))
+        m_queue.append(qMakePair(server.name, server.ip));
+    m_next = 0;
     const unsigned pass = ++m_pass;
     m_jobsLeft = servers.size();
-    for (const ServerInfo& server : servers) {
-        auto* job = new PingWrapper(server.name, server.ip, true, nullptr);
-        connect(
-            job, &PingWrapper::pingFinished, this, [this, pass](bool success, double timeMs, QString name, QString ip) {
-                onPingFinished(success, timeMs, name, ip);
-                if (pass == m_pass && --m_jobsLeft == 0)
-                    emit passMeasured();
-            });
-        jobs.append(job);
-    }
-    for (PingWrapper* job : qAsConst(jobs))
-        pool->start(job, 0);
+    for (int i = 0; i < pool->maxThreadCount(); ++i)
+        startNext(pass);
+}
+
+void PingManager::startNext(unsigned pass)
+{
+    if (m_next >= m_queue.size())
+        return;
+    const QPair<QString, QString> record = m_queue.at(m_next++);
+    auto* job = new PingWrapper(record.first, record.second, true, nullptr);
+    connect(job, &PingWrapper::pingFinished, this, [this, pass](bool success, double timeMs, QString name, QString ip) {
+        // The next job goes to the pool before this result is counted, so that the pool is idle at the count only
+        // when no job of the pass is left, as when they were all queued at once.
+        if (pass == m_pass)
+            startNext(pass);
+        onPingFinished(success, timeMs, name, ip);
+        if (pass == m_pass && --m_jobsLeft == 0)
+            emit passMeasured();
+    });
+    pool->start(job, 0);
 }
 
 void PingManager::stopPing()
 {
+    m_queue.clear();
+    m_next = 0;
     pool->clear();
     pool->waitForDone(stopWaitMs);
     finishedCount = 0;

@@ -2,6 +2,7 @@
 
 #include <QMap>
 #include <QObject>
+#include <QPair>
 #include <QString>
 #include <QVector>
 
@@ -37,7 +38,13 @@ private:
     QMap<QString, ServerInfo> results;
     QThreadPool* pool;
     int finishedCount = 0;
+    // Hands the pool the next record of the pass, if there is one.
+    void startNext(unsigned pass);
+
     // The pass that results are counted for, and how many of its jobs have yet to report.
     unsigned m_pass = 0;
     int m_jobsLeft = 0;
+    // The names and addresses of the pass's records, in order, and the next one to hand out.
+    QVector<QPair<QString, QString>> m_queue;
+    int m_next = 0;
 };

@@ -28,8 +28,12 @@ class TestAccountSession : public QObject
     void wait(int& pending)
     {
         // The last answer's ping pass ends first: counted in the next one, it would have the list announced again.
-        NetworkManager::instance()->findChild<QThreadPool*>()->waitForDone();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+        // Each result delivered hands the pool the pass's next job.
+        QThreadPool* pool = NetworkManager::instance()->findChild<QThreadPool*>();
+        do {
+            pool->waitForDone();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+        } while (pool->activeThreadCount() > 0);
         QTRY_VERIFY_WITH_TIMEOUT(pending > 0, 20000);
         --pending;
     }

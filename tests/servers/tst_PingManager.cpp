@@ -42,11 +42,14 @@ class TestPingManager : public QObject
 
     int runs() const { return readFile(m_dir.filePath(QStringLiteral("runs.txt"))).count('\n'); }
 
-    // Lets every job of the pass end, then delivers their queued results.
+    // Lets every job of the pass end and delivers their results; each result delivered hands the pool the next job.
     static void settle(PingManager& manager)
     {
-        QVERIFY(manager.findChild<QThreadPool*>()->waitForDone(10000));
-        QCoreApplication::sendPostedEvents();
+        QThreadPool* pool = manager.findChild<QThreadPool*>();
+        do {
+            QVERIFY(pool->waitForDone(10000));
+            QCoreApplication::sendPostedEvents();
+        } while (pool->activeThreadCount() > 0);
     }
 
 private slots:
