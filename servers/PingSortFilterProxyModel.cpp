@@ -30,12 +30,9 @@ bool PingSortFilterProxyModel::lessThan(const QModelIndex& left, const QModelInd
         return true;
     // The flat table knows each row's place in name order, worked out once per list: a sort compares two numbers
     // rather than two names, and a view switch sorts ten thousand rows.
-    if (m_flat) {
-        const QVector<int>& rank = m_flat->nameRanks();
-        if (left.row() < rank.size() && right.row() < rank.size())
-            return rank[left.row()] < rank[right.row()];
-    }
-    if (const AbstractServerModel* model = serverModel())
-        return ServerNameIndex::namesInOrder(model->sortText(left), model->sortText(right));
-    return ServerNameIndex::namesInOrder(lowerName(left), lowerName(right));
+    const QVector<int>* rank = m_flat ? &m_flat->nameRanks() : nullptr;
+    if (rank && left.row() < rank->size() && right.row() < rank->size())
+        return rank->at(left.row()) < rank->at(right.row());
+    // No flat table behind the proxy: its order is kept.
+    return left.row() < right.row();
 }

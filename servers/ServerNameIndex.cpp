@@ -5,13 +5,6 @@
 #include <algorithm>
 #include <numeric>
 
-namespace {
-bool hasHyphen(const QString& name)
-{
-    return name.contains(QLatin1Char('-'));
-}
-} // namespace
-
 ServerNameIndex::ServerNameIndex(const QVector<ServerInfo>& list)
 {
     const int rows = list.size();
@@ -24,7 +17,7 @@ ServerNameIndex::ServerNameIndex(const QVector<ServerInfo>& list)
         if (it == entryOfName.end()) {
             it = entryOfName.insert(server.name, m_sortTexts.size());
             m_sortTexts.append(server.name.toLower());
-            hyphens.append(hasHyphen(m_sortTexts.constLast()));
+            hyphens.append(m_sortTexts.constLast().contains(QLatin1Char('-')));
         }
         m_rowEntries.append(*it);
     }
@@ -35,22 +28,10 @@ ServerNameIndex::ServerNameIndex(const QVector<ServerInfo>& list)
     std::iota(order.begin(), order.end(), 0);
     const QString* texts = m_sortTexts.constData();
     const bool* hyphen = hyphens.constData();
-    const auto textLess = [texts](int left, int right) {
-        const QString& a = texts[left];
-        const QString& b = texts[right];
-        const int common = std::min(a.size(), b.size());
-        const QChar* x = a.constData();
-        const QChar* y = b.constData();
-        for (int i = 0; i < common; ++i) {
-            if (x[i] != y[i])
-                return x[i] < y[i];
-        }
-        return a.size() < b.size();
-    };
-    std::sort(order.begin(), order.end(), [hyphen, &textLess](int left, int right) {
+    std::sort(order.begin(), order.end(), [texts, hyphen](int left, int right) {
         if (hyphen[left] != hyphen[right])
             return hyphen[right];
-        return textLess(left, right);
+        return texts[left] < texts[right];
     });
     QVector<int> groupOfEntry(entries);
     int groups = 0;
@@ -66,13 +47,4 @@ ServerNameIndex::ServerNameIndex(const QVector<ServerInfo>& list)
     m_ranks.resize(rows);
     for (int row = 0; row < rows; ++row)
         m_ranks[row] = next[groupOfEntry.at(m_rowEntries.at(row))]++;
-}
-
-bool ServerNameIndex::namesInOrder(const QString& left, const QString& right)
-{
-    const bool leftHyphen = hasHyphen(left);
-    const bool rightHyphen = hasHyphen(right);
-    if (leftHyphen != rightHyphen)
-        return rightHyphen;
-    return left < right;
 }

@@ -20,9 +20,6 @@ public:
     // Row -> its place in name order: names without a hyphen first, then by lower-cased name, ties in row order.
     const QVector<int>& ranks() const { return m_ranks; }
 
-    // That order between two lower-cased names.
-    static bool namesInOrder(const QString& left, const QString& right);
-
 private:
     QVector<int> m_rowEntries;
     QVector<QString> m_sortTexts;
