@@ -1,5 +1,7 @@
 #include "FavoritesServerModel.h"
 
+#include "TextOrder.h"
+
 #include <QDebug>
 #include <algorithm>
 
@@ -30,7 +32,7 @@ void FavoritesServerModel::setServers(QVector<ServerInfo> servers)
     sortTexts.clear();
     sortTexts.reserve(list.size());
     for (const ServerInfo& server : list)
-        sortTexts.append(server.name.toLower());
+        sortTexts.append(lowerCased(server.name));
     endResetModel();
 }
 

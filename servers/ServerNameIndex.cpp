@@ -2,49 +2,67 @@
 
 #include <QHash>
 
-#include <algorithm>
-#include <numeric>
+#include "TextOrder.h"
+
+namespace {
+// Rows of one lower-cased name beyond this many are told apart by a hash rather than one by one.
+const int longRun = 16;
+} // namespace
 
 ServerNameIndex::ServerNameIndex(const QVector<ServerInfo>& list)
 {
     const int rows = list.size();
-    QHash<QString, int> entryOfName;
-    entryOfName.reserve(rows);
-    m_rowEntries.reserve(rows);
-    QVector<bool> hyphens;
+    QVector<QString> lower;
+    QVector<int> hyphens;
+    lower.reserve(rows);
+    hyphens.reserve(rows);
     for (const ServerInfo& server : list) {
-        auto it = entryOfName.find(server.name);
-        if (it == entryOfName.end()) {
-            it = entryOfName.insert(server.name, m_sortTexts.size());
-            m_sortTexts.append(server.name.toLower());
-            hyphens.append(m_sortTexts.constLast().contains(QLatin1Char('-')));
-        }
-        m_rowEntries.append(*it);
+        lower.append(lowerCased(server.name));
+        hyphens.append(lower.constLast().contains(QLatin1Char('-')) ? 1 : 0);
     }
 
-    // The entries in name order; entries of the same lower-cased name make one group, whose rows keep their order.
-    const int entries = m_sortTexts.size();
-    QVector<int> order(entries);
-    std::iota(order.begin(), order.end(), 0);
-    const QString* texts = m_sortTexts.constData();
-    const bool* hyphen = hyphens.constData();
-    std::sort(order.begin(), order.end(), [texts, hyphen](int left, int right) {
-        if (hyphen[left] != hyphen[right])
-            return hyphen[right];
-        return texts[left] < texts[right];
-    });
-    QVector<int> groupOfEntry(entries);
-    int groups = 0;
-    for (int place = 0; place < entries; ++place) {
-        const bool sameText = place > 0 && texts[order[place]] == texts[order[place - 1]];
-        groupOfEntry[order[place]] = sameText ? groups - 1 : groups++;
-    }
-    // Each group's first place, then the rows of each group in row order.
-    QVector<int> next(groups + 1, 0);
-    for (const int entry : qAsConst(m_rowEntries))
-        ++next[groupOfEntry[entry] + 1];
-    std::partial_sum(next.begin(), next.end(), next.begin());
+    // Name order: names without a hyphen first, then by lower-cased name, ties in row order.
+    const QVector<int> order = orderByText(lower, hyphens);
     m_ranks.resize(rows);
-    for (int row = 0; row < rows; ++row)
-        m_ranks[row] = next[groupOfEntry.at(m_rowEntries.at(row))]++;
+    for (int place = 0; place < rows; ++place)
+        m_ranks[order[place]] = place;
+
+    // Names that are equal are equal lower-cased too, so they sit in one run of the order; each row learns the first
+    // row of its name there.
+    QVector<int> firstRow(rows);
+    for (int start = 0; start < rows;) {
+        int end = start + 1;
+        while (end < rows && lower[order[end]] == lower[order[start]])
+            ++end;
+        if (end - start > longRun) {
+            QHash<QString, int> firstOfName;
+            for (int place = start; place < end; ++place) {
+                const int row = order[place];
+                auto it = firstOfName.find(list[row].name);
+                if (it == firstOfName.end())
+                    it = firstOfName.insert(list[row].name, row);
+                firstRow[row] = *it;
+            }
+        } else {
+            for (int place = start; place < end; ++place) {
+                const int row = order[place];
+                int first = start;
+                while (list[order[first]].name != list[row].name)
+                    ++first;
+                firstRow[row] = order[first];
+            }
+        }
+        start = end;
+    }
+
+    // One entry per name, in order of first appearance.
+    m_rowEntries.resize(rows);
+    for (int row = 0; row < rows; ++row) {
+        if (firstRow[row] == row) {
+            m_rowEntries[row] = m_sortTexts.size();
+            m_sortTexts.append(lower[row]);
+        } else {
+            m_rowEntries[row] = m_rowEntries[firstRow[row]];
+        }
+    }
 }

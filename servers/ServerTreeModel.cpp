@@ -4,15 +4,15 @@
 #include <QHash>
 #include <QMap>
 
-#include "LocationTreeItem.h"
+#include "TextOrder.h"
 
 namespace {
 const int columns = 2;
 
-QString groupOf(const QString& name)
+QStringView groupOf(const QString& name)
 {
     const int hyphen = name.indexOf(QLatin1Char('-'));
-    return hyphen < 0 ? name : name.left(hyphen);
+    return hyphen < 0 ? QStringView(name) : QStringView(name).left(hyphen);
 }
 
 ServerIdentif identifOf(const ServerInfo& server)
@@ -21,82 +21,103 @@ ServerIdentif identifOf(const ServerInfo& server)
 }
 } // namespace
 
-ServerTreeModel::ServerTreeModel(QObject* parent)
-    : AbstractServerModel(parent)
-    , m_root(std::make_unique<LocationTreeItem>(ServerInfo()))
-{ }
-
-ServerTreeModel::~ServerTreeModel() = default;
-
-void ServerTreeModel::setServers(QVector<ServerInfo> list)
+void ServerTreeModel::setServers(const QVector<ServerInfo>& list)
 {
     beginResetModel();
-    m_root = std::make_unique<LocationTreeItem>(ServerInfo());
+    m_servers = list;
+    m_groups.clear();
+    const int count = m_servers.size();
+    m_groupOf.resize(count);
+    m_rowInGroup.resize(count);
+    m_sortTexts.clear();
+    m_sortTexts.reserve(count);
 
-    // Group the records in one pass, keeping the order in which groups first appear.
-    QHash<QString, int> groupIndex;
-    QVector<QString> groupNames;
-    QVector<QVector<int>> members;
-    for (int i = 0; i < list.size(); ++i) {
-        const QString group = groupOf(list[i].name);
-        auto it = groupIndex.find(group);
+    // Group the records in one pass, keeping the order in which groups first appear. The keys are views into the
+    // names of the list, which the model holds.
+    QHash<QStringView, int> groupIndex;
+    for (int i = 0; i < count; ++i) {
+        const ServerInfo& server = m_servers.at(i);
+        const QStringView name = groupOf(server.name);
+        auto it = groupIndex.find(name);
         if (it == groupIndex.end()) {
-            it = groupIndex.insert(group, groupNames.size());
-            groupNames.append(group);
-            members.append(QVector<int>());
+            it = groupIndex.insert(name, m_groups.size());
+            Group group;
+            group.record.groupName = name.toString();
+            // A double-hop group's first member may well show its exit's flag: the group's own location speaks
+            // first (below).
+            group.record.flag = server.flag;
+            group.sortText = lowerCased(group.record.groupName);
+            m_groups.append(std::move(group));
         }
-        members[*it].append(i);
+        Group& group = m_groups[*it];
+        m_groupOf[i] = *it;
+        m_rowInGroup[i] = group.members.size();
+        group.members.append(i);
+        m_sortTexts.append(lowerCased(server.name));
     }
-
-    for (int g = 0; g < groupNames.size(); ++g) {
-        ServerInfo groupRecord;
-        groupRecord.groupName = groupNames[g];
-        // A double-hop group's first member may well show its exit's flag: the group's own location speaks first.
-        groupRecord.flag = list[members[g].first()].flag;
-        for (int i : members[g]) {
-            if (list[i].type == ServerInfo::Standart && list[i].name == groupNames[g]) {
-                groupRecord.flag = list[i].flag;
+    for (Group& group : m_groups) {
+        for (int i : qAsConst(group.members)) {
+            const ServerInfo& server = m_servers.at(i);
+            if (server.type == ServerInfo::Standart && server.name == group.record.groupName) {
+                group.record.flag = server.flag;
                 break;
             }
         }
-        auto* groupItem = new LocationTreeItem(std::move(groupRecord));
-        m_root->appendChild(groupItem);
-        for (int i : members[g])
-            groupItem->appendChild(new LocationTreeItem(list[i]));
     }
+    rankByText();
     endResetModel();
 }
 
-LocationTreeItem* ServerTreeModel::itemOf(const QModelIndex& index) const
+void ServerTreeModel::rankByText()
 {
-    return index.isValid() ? static_cast<LocationTreeItem*>(index.internalPointer()) : m_root.get();
-}
+    // The groups among themselves, and every group's servers in one sort with the group as the first key.
+    QVector<QString> texts;
+    texts.reserve(m_groups.size());
+    for (const Group& group : qAsConst(m_groups))
+        texts.append(group.sortText);
+    const QVector<int> groupOrder = orderByText(texts);
+    for (int place = 0; place < groupOrder.size(); ++place)
+        m_groups[groupOrder[place]].sortRank = place;
 
-bool ServerTreeModel::isServerItem(const LocationTreeItem* item) const
-{
-    return item != m_root.get() && item->parent() != m_root.get();
+    const QVector<int> serverOrder = orderByText(m_sortTexts, m_groupOf);
+    // Sorted by group first, so each group's servers are one run; a rank counts from the run's start.
+    m_sortRanks.resize(serverOrder.size());
+    int runStart = 0;
+    for (int place = 0; place < serverOrder.size(); ++place) {
+        if (place > 0 && m_groupOf[serverOrder[place]] != m_groupOf[serverOrder[place - 1]])
+            runStart = place;
+        m_sortRanks[serverOrder[place]] = place - runStart;
+    }
 }
 
 ServerInfo ServerTreeModel::locationByIndex(const QModelIndex& index) const
 {
-    return index.isValid() ? itemOf(index)->data() : ServerInfo();
+    if (!index.isValid())
+        return ServerInfo();
+    return isServer(index) ? m_servers.at(positionOf(index)) : m_groups.at(index.row()).record;
 }
 
 const QString& ServerTreeModel::sortText(const QModelIndex& index) const
 {
-    return index.isValid() ? itemOf(index)->sortText() : noName();
+    if (!index.isValid())
+        return noName();
+    return isServer(index) ? m_sortTexts.at(positionOf(index)) : m_groups.at(index.row()).sortText;
+}
+
+int ServerTreeModel::sortRank(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return -1;
+    return isServer(index) ? m_sortRanks.at(positionOf(index)) : m_groups.at(index.row()).sortRank;
 }
 
 QVector<ServerInfo> ServerTreeModel::getFavoriteLocation() const
 {
     // The last record of a (login, name) pair speaks for it, as in the list handed in.
     QMap<ServerIdentif, const ServerInfo*> servers;
-    for (int group = 0; group < m_root->childCount(); ++group) {
-        const LocationTreeItem* groupItem = m_root->child(group);
-        for (int row = 0; row < groupItem->childCount(); ++row) {
-            const ServerInfo& server = groupItem->child(row)->record();
-            servers.insert(identifOf(server), &server);
-        }
+    for (const Group& group : m_groups) {
+        for (int i : group.members)
+            servers.insert(identifOf(m_servers.at(i)), &m_servers.at(i));
     }
     QVector<ServerInfo> favorites;
     for (const ServerInfo* server : qAsConst(servers)) {
@@ -109,22 +130,19 @@ QVector<ServerInfo> ServerTreeModel::getFavoriteLocation() const
 QModelIndex ServerTreeModel::index(int row, int column, const QModelIndex& parent) const
 {
     // What hasIndex() checks, with one look at the parent: sorting and filtering ask thousands of times.
-    if (row < 0 || column < 0 || column >= columns || parent.column() > 0)
+    if (row < 0 || column < 0 || column >= columns || parent.column() > 0 || isServer(parent))
         return QModelIndex();
-    const LocationTreeItem* parentItem = itemOf(parent);
-    if (row >= parentItem->childCount())
-        return QModelIndex();
-    return createIndex(row, column, parentItem->child(row));
+    if (!parent.isValid())
+        return row < m_groups.size() ? createIndex(row, column, quintptr(0)) : QModelIndex();
+    const QVector<int>& members = m_groups.at(parent.row()).members;
+    return row < members.size() ? createIndex(row, column, quintptr(members.at(row) + 1)) : QModelIndex();
 }
 
 QModelIndex ServerTreeModel::parent(const QModelIndex& child) const
 {
-    if (!child.isValid())
+    if (!isServer(child))
         return QModelIndex();
-    LocationTreeItem* parentItem = itemOf(child)->parent();
-    if (!parentItem || parentItem == m_root.get())
-        return QModelIndex();
-    return createIndex(parentItem->row(), 0, parentItem);
+    return createIndex(m_groupOf.at(positionOf(child)), 0, quintptr(0));
 }
 
 QModelIndex ServerTreeModel::sibling(int row, int column, const QModelIndex& index) const
@@ -144,9 +162,9 @@ Qt::ItemFlags ServerTreeModel::flags(const QModelIndex& index) const
 
 int ServerTreeModel::rowCount(const QModelIndex& parent) const
 {
-    if (parent.column() > 0)
+    if (parent.column() > 0 || isServer(parent))
         return 0;
-    return itemOf(parent)->childCount();
+    return parent.isValid() ? m_groups.at(parent.row()).members.size() : m_groups.size();
 }
 
 int ServerTreeModel::columnCount(const QModelIndex&) const
@@ -158,15 +176,15 @@ QVariant ServerTreeModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
         return QVariant();
-    const LocationTreeItem* item = itemOf(index);
-    const ServerInfo& record = item->record();
-    if (!isServerItem(item)) {
+    if (!isServer(index)) {
+        const ServerInfo& record = m_groups.at(index.row()).record;
         if (role == Qt::DisplayRole && index.column() == 0)
             return record.groupName;
         if (role == FlagRole)
             return record.flag;
         return QVariant();
     }
+    const ServerInfo& record = m_servers.at(positionOf(index));
     switch (role) {
     case Qt::DisplayRole:
         if (index.column() == 0)
@@ -186,30 +204,27 @@ QVariant ServerTreeModel::data(const QModelIndex& index, int role) const
 
 bool ServerTreeModel::setData(const QModelIndex& index, const QVariant& value, int)
 {
-    if (!index.isValid() || index.column() != FavoriteColumn)
-        return false;
-    LocationTreeItem* item = itemOf(index);
-    if (!isServerItem(item))
+    if (!isServer(index) || index.column() != FavoriteColumn)
         return false;
 
-    const ServerIdentif identif = identifOf(item->record());
+    const int position = positionOf(index);
+    const ServerIdentif identif = identifOf(m_servers.at(position));
     const bool favorite = value.toBool();
-    logFavoriteChange(index, item->record(), item->record().favorite, favorite);
+    logFavoriteChange(index, m_servers.at(position), m_servers.at(position).favorite, favorite);
 
     // A record listed twice sits twice in the same group; both rows show one mark.
-    LocationTreeItem* group = item->parent();
-    for (int row = 0; row < group->childCount(); ++row) {
-        LocationTreeItem* repeat = group->child(row);
-        if (identifOf(repeat->record()) != identif)
+    const int group = m_groupOf.at(position);
+    const QVector<int>& members = m_groups.at(group).members;
+    for (int row = 0; row < members.size(); ++row) {
+        const int repeat = members.at(row);
+        if (identifOf(m_servers.at(repeat)) != identif)
             continue;
-        ServerInfo record = repeat->data();
-        record.favorite = favorite;
-        repeat->setData(std::move(record));
-        const QModelIndex changed = createIndex(row, FavoriteColumn, repeat);
+        m_servers[repeat].favorite = favorite;
+        const QModelIndex changed = createIndex(row, FavoriteColumn, quintptr(repeat + 1));
         emit dataChanged(changed, changed);
     }
     // The group's visibility in a filtered view may depend on this mark.
-    const QModelIndex groupIndex = createIndex(group->row(), 0, group);
+    const QModelIndex groupIndex = createIndex(group, 0, quintptr(0));
     emit dataChanged(groupIndex, groupIndex.siblingAtColumn(FavoriteColumn));
     emit favoriteChanged();
     return true;

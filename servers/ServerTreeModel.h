@@ -1,12 +1,9 @@
 #pragma once
 
 #include <QVector>
-#include <memory>
 
 #include "AbstractServerModel.h"
 #include "ServerIdentif.h"
-
-class LocationTreeItem;
 
 // The server list as a two-level tree: one group row per name prefix (the part before the
 // first "-"), in order of first appearance, with that group's servers beneath it.
@@ -15,14 +12,16 @@ class ServerTreeModel : public AbstractServerModel
     Q_OBJECT
 
 public:
-    explicit ServerTreeModel(QObject* parent = nullptr);
-    ~ServerTreeModel() override;
+    using AbstractServerModel::AbstractServerModel;
 
-    void setServers(QVector<ServerInfo> list);
+    void setServers(const QVector<ServerInfo>& list);
     // A server row's record; a group row's record carries only the group name and its flag: that of the standard
     // server named like the group, else that of its first server.
     ServerInfo locationByIndex(const QModelIndex& index) const override;
     const QString& sortText(const QModelIndex& index) const override;
+    // The row's place among its siblings by sort text, ties in row order: worked out once per list, so that a sort
+    // of ten thousand rows compares numbers.
+    int sortRank(const QModelIndex& index) const;
     // The favourite servers, one per (login, name), in that order.
     QVector<ServerInfo> getFavoriteLocation() const;
 
@@ -44,8 +43,27 @@ signals:
     void favoriteChanged();
 
 private:
-    LocationTreeItem* itemOf(const QModelIndex& index) const;
-    bool isServerItem(const LocationTreeItem* item) const;
+    struct Group
+    {
+        // The group name and its flag.
+        ServerInfo record;
+        QString sortText;
+        int sortRank = 0;
+        // Positions in the list, in row order.
+        QVector<int> members;
+    };
 
-    std::unique_ptr<LocationTreeItem> m_root;
+    // A group row's index carries 0, a server row's its position in the list plus one.
+    static bool isServer(const QModelIndex& index) { return index.isValid() && index.internalId() != 0; }
+    static int positionOf(const QModelIndex& index) { return int(index.internalId()) - 1; }
+    void rankByText();
+
+    // The list as handed in, shared with the caller until a mark changes.
+    QVector<ServerInfo> m_servers;
+    QVector<Group> m_groups;
+    // Per position in the list: its group, its row there, its lower-cased name and its place among its group's servers.
+    QVector<int> m_groupOf;
+    QVector<int> m_rowInGroup;
+    QVector<QString> m_sortTexts;
+    QVector<int> m_sortRanks;
 };

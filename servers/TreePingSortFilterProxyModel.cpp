@@ -1,6 +1,13 @@
 #include "TreePingSortFilterProxyModel.h"
 
 #include "AbstractServerModel.h"
+#include "ServerTreeModel.h"
+
+void TreePingSortFilterProxyModel::setSourceModel(QAbstractItemModel* model)
+{
+    m_tree = qobject_cast<const ServerTreeModel*>(model);
+    ViewFilterModel::setSourceModel(model);
+}
 
 bool TreePingSortFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
@@ -46,6 +53,8 @@ bool TreePingSortFilterProxyModel::lessThan(const QModelIndex& left, const QMode
 {
     if (sortColumn() != 0)
         return true;
+    if (m_tree)
+        return m_tree->sortRank(left) < m_tree->sortRank(right);
     if (const AbstractServerModel* model = serverModel())
         return model->sortText(left) < model->sortText(right);
     return lowerName(left) < lowerName(right);

@@ -1,4 +1,8 @@
+#include <QRandomGenerator>
 #include <QtTest>
+
+#include <algorithm>
+#include <numeric>
 
 #include "FavoritesServerModel.h"
 #include "FavoritesSortFilterProxyModel.h"
@@ -6,6 +10,7 @@
 #include "ServerListFixture.h"
 #include "ServerPingModel.h"
 #include "ServerTreeModel.h"
+#include "TextOrder.h"
 #include "TreePingSortFilterProxyModel.h"
 
 namespace {
@@ -93,6 +98,45 @@ private slots:
         server.ping = 42;
         server.groupName = QStringLiteral("not written");
         QCOMPARE(QString(server), line);
+    }
+
+    // The tables order names by integer keys of their first characters; the order must stay QString's own.
+    void textOrderIsQStringOrder()
+    {
+        const QStringList pieces {"a",
+                                  "A",
+                                  "-",
+                                  "z",
+                                  "\u00e9",
+                                  "\u00c9",
+                                  "\u0130",
+                                  "\u01c5",
+                                  "\u03a3",
+                                  "\u00ff",
+                                  "\u0100",
+                                  "\U0001F600",
+                                  QString(QChar(0)),
+                                  "aaaaaaaaaaaaaaaa",
+                                  "AAAAAAAAAAAAAAAA"};
+        QRandomGenerator random(7);
+        for (int list = 0; list < 500; ++list) {
+            QVector<QString> texts;
+            QVector<int> classes;
+            for (int i = int(random.bounded(40)); i > 0; --i) {
+                QString text;
+                for (int piece = int(random.bounded(4)); piece > 0; --piece)
+                    text += pieces[int(random.bounded(pieces.size()))];
+                texts.append(text);
+                classes.append(int(random.bounded(2)));
+                QCOMPARE(lowerCased(text), text.toLower());
+            }
+            QVector<int> expected(texts.size());
+            std::iota(expected.begin(), expected.end(), 0);
+            std::stable_sort(expected.begin(), expected.end(), [&](int left, int right) {
+                return classes[left] != classes[right] ? classes[left] < classes[right] : texts[left] < texts[right];
+            });
+            QCOMPARE(orderByText(texts, classes), expected);
+        }
     }
 
     void rowsSharingANameShareTheRecord()
