@@ -240,7 +240,7 @@ void ServerListWindow::chooseViewFromLocation()
         onFilterChange(isStandartServerFilterVisible() ? StandartFilter : DoubleFilter);
 }
 
-void ServerListWindow::setupView(ViewType type)
+void ServerListWindow::setupView(ViewType type, const std::function<void(AbstractFilterModel&)>& show)
 {
     QSharedPointer<AbstractServerModel> model;
     QSharedPointer<AbstractFilterModel> proxy;
@@ -285,6 +285,10 @@ void ServerListWindow::setupView(ViewType type)
     }
     m_viewType = type;
     proxy->setSourceModel(model.data());
+    // Filtered and sorted before the view first asks for rows, and the header told so before sorting is switched on
+    // (which sorts by the header's indicator, descending at first): each filter or sort of ten thousand rows counts.
+    show(*proxy);
+    proxy->sort(0, Qt::AscendingOrder);
     m_view->setItemDelegate(delegate.data());
     QItemSelectionModel* oldSelection = m_view->selectionModel();
     m_view->setModel(proxy.data());
@@ -292,8 +296,8 @@ void ServerListWindow::setupView(ViewType type)
     m_model = model;
     m_proxy = proxy;
     m_delegate = delegate;
+    m_view->header()->setSortIndicator(0, Qt::AscendingOrder);
     m_view->setSortingEnabled(true);
-    m_view->sortByColumn(0, Qt::AscendingOrder);
     m_view->header()->resizeSection(0, 260);
     m_view->header()->resizeSection(1, 60);
     m_pbFavorites->setVisible(true);
@@ -328,30 +332,26 @@ void ServerListWindow::onFilterChange(int id)
     m_search->hide();
     switch (id) {
     case FavoritesFilter:
-        setupView(FavoritesView);
-        m_proxy->showFavorite();
+        setupView(FavoritesView, [](AbstractFilterModel& proxy) { proxy.showFavorite(); });
         m_pbFavorites->setChecked(true);
         m_view->expandAll();
         break;
     case StandartFilter:
-        setupView(PingView);
-        m_proxy->showStandart();
+        setupView(PingView, [](AbstractFilterModel& proxy) { proxy.showStandart(); });
         m_pbStandart->setChecked(true);
         m_view->collapseAll();
         break;
     case DoubleFilter:
-        setupView(TreeView);
-        m_proxy->showDouble();
+        setupView(TreeView, [](AbstractFilterModel& proxy) { proxy.showDouble(); });
         m_pbDouble->setChecked(true);
         m_view->collapseAll();
         break;
     case SearchFilter: {
-        setupView(PingView);
+        QString text = m_search->text();
+        setupView(PingView, [&text](AbstractFilterModel& proxy) { proxy.showAll(text); });
         m_pbFavorites->hide();
         m_pbDouble->hide();
         m_pbStandart->hide();
-        QString text = m_search->text();
-        m_proxy->showAll(text);
         m_view->collapseAll();
         m_pbSearch->setChecked(true);
         m_search->show();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QModelIndex>
 #include <QSharedPointer>
 #include <QVector>
@@ -43,7 +45,8 @@ public:
 
     // Fills the page with the servers usable with `protocol` (-1 keeps the current one).
     void setServers(QVector<ServerInfo> servers, int protocol, bool flag);
-    void setupView(ViewType type);
+    // A new model and proxy of the type for the view, the proxy switched by `show` before the view sees it.
+    void setupView(ViewType type, const std::function<void(AbstractFilterModel&)>& show);
     // Re-applies the current filter to freshly built models, keeping the scroll position.
     void updateView();
     int countServerByType(ServerInfo::ServerType type) const;
