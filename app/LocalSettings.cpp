@@ -26,9 +26,9 @@ void makeOwnerOnly(QFile& file)
 }
 } // namespace
 
-LocalSettings::LocalSettings()
+LocalSettings::LocalSettings(QSettings* ready)
 {
-    settings = new QSettings();
+    settings = ready ? ready : new QSettings();
     restrictPermissions();
     if (settings->status() != QSettings::NoError) {
         // A damaged file would never be rewritten; keep it aside for inspection and start afresh.
@@ -55,6 +55,15 @@ QSharedPointer<LocalSettings> LocalSettings::instance()
 {
     if (!_self)
         _self = QSharedPointer<LocalSettings>(new LocalSettings());
+    return _self;
+}
+
+QSharedPointer<LocalSettings> LocalSettings::instance(QSettings* ready)
+{
+    if (_self)
+        delete ready;
+    else
+        _self = QSharedPointer<LocalSettings>(new LocalSettings(ready));
     return _self;
 }
 

@@ -20,6 +20,10 @@ public:
     ~LocalSettings() override;
 
     static QSharedPointer<LocalSettings> instance();
+    // Makes the process-wide instance around `ready`, a settings object with the default arguments that was made and
+    // read ahead of time and now lives on this thread; the instance owns it. Where an instance exists already,
+    // `ready` is deleted.
+    static QSharedPointer<LocalSettings> instance(QSettings* ready);
 
     QVariant value(QString key);
     void setValue(QString key, QVariant value);
@@ -36,7 +40,7 @@ public:
     static void resetInstance();
 
 private:
-    LocalSettings();
+    explicit LocalSettings(QSettings* ready = nullptr);
     void restrictPermissions();
 
     QSettings* settings = nullptr;

@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <QEventLoop>
 #include <QNetworkAccessManager>
+#include <QSettings>
 #include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
@@ -14,6 +15,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 const QString wakeUpMessage = QStringLiteral("Wake up!");
@@ -26,18 +28,32 @@ void onQuitSignal(int)
     [[maybe_unused]] const ssize_t n = ::write(quitPipe[1], &byte, 1);
 }
 
-// The first network access manager of a process loads Qt's network plugins, and the service's TLS settings load
-// the TLS library (and TAVRIN_CA_FILE where it is set): together tens of
-// milliseconds. The single-instance check spends most of its time waiting, so both happen meanwhile on a thread
-// of their own. What they load is process-wide and is there when the service client sends its first request.
-class NetworkWarmUp : public QThread
+// The first network access manager of a process loads Qt's network plugins, the service's TLS settings load the TLS
+// library (and TAVRIN_CA_FILE where it is set), and the settings file is parsed whole at its first read, cached server
+// list and all: together tens of milliseconds, and more with a long list. The single-instance check spends most of
+// its time waiting, so all of it happens meanwhile on a thread of its own. What the first two load is process-wide;
+// the settings object is handed to the store once this process knows it is the only instance (only that one may
+// reset the store).
+class StartWarmUp : public QThread
 {
+public:
+    // Hands over the settings read ahead, moved to the thread that made this one; after wait().
+    QSettings* takeSettings() { return std::exchange(m_settings, nullptr); }
+    ~StartWarmUp() override { delete m_settings; }
+
 protected:
     void run() override
     {
         QNetworkAccessManager manager;
         ServiceTls::configuration();
+        m_settings = new QSettings();
+        m_settings->value(Keys::RememberUser);
+        m_settings->moveToThread(m_target);
     }
+
+private:
+    QThread* const m_target = QThread::currentThread();
+    QSettings* m_settings = nullptr;
 };
 } // namespace
 
@@ -63,7 +79,7 @@ bool UnixApplication::launch(bool hidden)
     qDebug().noquote() << applicationName() + QLatin1Char(' ') + applicationVersion()
             + QStringLiteral(" started. Build date: ") + QStringLiteral(__DATE__ ", " __TIME__);
 
-    NetworkWarmUp warmUp;
+    StartWarmUp warmUp;
     warmUp.start();
     const bool alone = oneInstance();
     warmUp.wait();
@@ -71,7 +87,7 @@ bool UnixApplication::launch(bool hidden)
         return false;
 
     // The store resets itself at every start unless the user is remembered; only the instance may do that.
-    LocalSettings::instance();
+    LocalSettings::instance(warmUp.takeSettings());
     mainWindow = new MainWindow();
     quitOnSignals();
     mainWindow->checkAutologin();
