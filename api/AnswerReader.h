@@ -24,6 +24,12 @@
 // complete, and endOfData() says that no more will come. A well-formed body gives the same children however it is
 // cut; in a faulty one, some faults (bytes not valid in the encoding, a "]]>" cut in two) are found where the piece
 // holding them is decoded or scanned, so the walk ends near the fault but not always after the same child.
+//
+// QXmlStreamReader is the parser. The service writes plain ASCII XML (elements, attributes, Base64 text, CDATA), and
+// that much is scanned here directly, several times faster; anything else (a byte outside printable ASCII, an
+// entity, a comment, a DOCTYPE, a carriage return, a tag that is not plainly well-formed) hands the body to
+// QXmlStreamReader from its start, in the pieces it came in, and the parser passes over the children already handed
+// out: what it finds in a faulty body depends on where the pieces end, so it is given the same ones.
 class AnswerReader
 {
 public:
@@ -58,18 +64,62 @@ public:
     const QVector<Part>& parts() const { return m_parts; }
 
 private:
+    // Where an attribute's name and value sit in the start tag's text.
+    struct Attribute
+    {
+        int name;
+        int nameLength;
+        int value;
+        int valueLength;
+    };
+    // What one step of the scan found.
+    enum class Step {
+        Token, // a token was read; the scan goes on
+        Child, // a child's end tag was read
+        More, // the body so far ends inside a token
+        Unsure, // something the scan leaves to QXmlStreamReader
+        End, // the root's end tag: the walk is over
+    };
+
+    bool nextScanned();
+    Step scanProlog();
+    Step scanToken();
+    // A start tag at m_pos, its name right after the "<"; with `attributes`, where its attributes sit in it.
+    Step scanStartTag(int* nameLength, QVector<Attribute>* attributes, bool* empty);
+    Step scanEndTag();
+    void appendText(int from, int to);
+    void handOver();
+    bool nextParsed();
     void startChild();
 
+    // The body so far, where each piece of it ended, and where the scan stands in it.
     QByteArray m_body;
-    QBuffer m_device;
+    QVector<int> m_pieceEnds;
+    int m_pos = 0;
+    // Where the search for the end of the text or CDATA that starts at m_pos goes on.
+    int m_searchFrom = 0;
+    QVector<QByteArray> m_open;
+    // The current child's start tag, and its attributes.
+    QString m_startTag;
+    QVector<Attribute> m_scannedAttributes;
+    bool m_scanning = true;
+    int m_handedOut = 0;
+
+    // QXmlStreamReader, once the body is handed to it: a whole body through a device, pieces one at a time as the
+    // parser asks for more.
     QXmlStreamReader m_xml;
+    QBuffer m_device;
+    int m_piecesGiven = 0;
+    int m_skip = 0;
+    QXmlStreamAttributes m_attributes;
+
+    const bool m_whole;
     bool m_endOfData = true;
     bool m_inRoot = false;
     bool m_finished = false;
     // Depth inside the current child: 0 between children.
     int m_depth = 0;
     QString m_name;
-    QXmlStreamAttributes m_attributes;
     QString m_text;
     QVector<Part> m_parts;
 };

@@ -6,9 +6,12 @@
 #include "AnswerReader.h"
 #include "FuzzCheck.h"
 
+#include <QBuffer>
 #include <QDomDocument>
 #include <QStringList>
 #include <QXmlStreamReader>
+
+#include <functional>
 
 namespace {
 
@@ -68,21 +71,145 @@ QStringList streamWalk(const QByteArray& body)
     return children;
 }
 
+// Every attribute the account reader asks for.
+const char* const attributeNames[]
+    = {"name", "ip", "tcp", "udp", "ssl", "flag", "user", "group", "sni", "pass", "exp", "type", "p"};
+
+// A child exactly as the walk hands it out: name, the attributes above, text and parts.
+QString exactly(const QString& name,
+                const std::function<QString(const char*)>& attribute,
+                const QString& text,
+                const QVector<AnswerReader::Part>& parts)
+{
+    QStringList fields {name, text};
+    for (const char* attributeName : attributeNames)
+        fields << attribute(attributeName);
+    for (const AnswerReader::Part& part : parts)
+        fields << part.name + QLatin1Char('=') + part.text;
+    return fields.join(QLatin1Char('|'));
+}
+
+// The walk done by QXmlStreamReader alone: what the reader's own scan must agree with. With a step, the body is
+// given in pieces of that size with the walk going on after each, as from the network.
+QStringList parserWalk(const QByteArray& body, int step = 0)
+{
+    QByteArray copy = body;
+    QBuffer device(&copy);
+    QXmlStreamReader xml;
+    if (step == 0) {
+        device.open(QIODevice::ReadOnly);
+        xml.setDevice(&device);
+    }
+    xml.setNamespaceProcessing(false);
+    int given = 0;
+    QStringList children;
+    bool inRoot = false;
+    int depth = 0;
+    QString name;
+    QXmlStreamAttributes attributes;
+    QString text;
+    QVector<AnswerReader::Part> parts;
+    for (;;) {
+        const QXmlStreamReader::TokenType token = xml.readNext();
+        if (token == QXmlStreamReader::Invalid) {
+            if (step == 0 || xml.error() != QXmlStreamReader::PrematureEndOfDocumentError || given >= body.size())
+                break;
+            xml.addData(body.mid(given, step));
+            given += step;
+            continue;
+        }
+        if (token == QXmlStreamReader::EndDocument)
+            break;
+        if (!inRoot) {
+            inRoot = token == QXmlStreamReader::StartElement;
+            continue;
+        }
+        if (depth == 0) {
+            if (token == QXmlStreamReader::EndElement)
+                break;
+            if (token == QXmlStreamReader::StartElement) {
+                depth = 1;
+                name = xml.qualifiedName().toString();
+                attributes = xml.attributes();
+                text.clear();
+                parts.clear();
+            }
+            continue;
+        }
+        if (token == QXmlStreamReader::StartElement && ++depth == 2)
+            parts.append({xml.qualifiedName().toString(), QString()});
+        if (token == QXmlStreamReader::EndElement && --depth == 0) {
+            children << exactly(
+                name,
+                [&](const char* key) {
+                    for (const QXmlStreamAttribute& a : attributes) {
+                        if (a.qualifiedName() == QLatin1String(key) && !a.isDefault())
+                            return a.value().toString();
+                    }
+                    return QString();
+                },
+                text,
+                parts);
+        }
+        if (token == QXmlStreamReader::Characters && !(xml.isWhitespace() && !xml.isCDATA())) {
+            text += xml.text();
+            if (depth >= 2)
+                parts.last().text += xml.text();
+        }
+    }
+    return children;
+}
+
+QStringList readerWalk(AnswerReader& answer)
+{
+    QStringList children;
+    while (answer.next()) {
+        children << exactly(
+            answer.name(),
+            [&](const char* key) { return answer.attribute(QLatin1String(key)).toString(); },
+            answer.text(),
+            answer.parts());
+    }
+    return children;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QByteArray body = bytes(data, size);
 
+    // The reader scans plain bodies itself and leaves the rest to QXmlStreamReader: either way it hands out what the
+    // parser alone would.
+    const QStringList parsed = parserWalk(body);
+    AnswerReader whole(body);
+    const QStringList scanned = readerWalk(whole);
+    FUZZ_CHECK(scanned == parsed,
+               scanned.join(QLatin1Char('\n')) + QStringLiteral("\nagainst\n") + parsed.join(QLatin1Char('\n')));
+
+    // In pieces of a size the input chooses, as the parser alone reads them with the walk going on after each piece.
+    // A well-formed answer reads the same as whole. In a faulty one the parser finds some faults where the piece
+    // holding them is decoded or scanned (bytes not valid in the encoding, a "]]>" cut in two, a NUL byte), so there
+    // the two readings end near the fault but not always at the same child.
+    const int step = size == 0 ? 1 : 1 + data[size - 1] % 61;
+    const QStringList parsedInPieces = parserWalk(body, step);
+    AnswerReader inPieces;
+    QStringList children;
+    for (int at = 0; at < body.size(); at += step) {
+        inPieces.addData(body.mid(at, step));
+        children += readerWalk(inPieces);
+    }
+    inPieces.endOfData();
+    children += readerWalk(inPieces);
+    FUZZ_CHECK(children == parsedInPieces,
+               children.join(QLatin1Char('\n')) + QStringLiteral("\nagainst\n")
+                   + parsedInPieces.join(QLatin1Char('\n')));
+
     AccountData account;
     const AccountAnswer::Outcome outcome = AccountAnswer().readSignIn(body, &account);
-    // Cut in pieces of a size the input chooses, a well-formed answer reads the same. In a faulty one the stream
-    // parser finds some faults where the piece holding them is decoded or scanned (bytes not valid in the encoding,
-    // a "]]>" cut in two), so there the two readings end near the fault but not always at the same child.
-    if (streamParsesWhole(body)) {
+    if (parsedInPieces == parsed && streamParsesWhole(body)) {
         AccountData pieces;
         AccountAnswer answer(AccountAnswer::SignIn);
-        const int step = size == 0 ? 1 : 1 + data[size - 1] % 61;
         for (int at = 0; at < body.size(); at += step)
             answer.addData(body.mid(at, step));
         FUZZ_CHECK(answer.finish(&pieces) == outcome, QStringLiteral("outcome %1").arg(outcome));

@@ -1,8 +1,10 @@
 #include "PingManager.h"
 
 #include <QThreadPool>
+#include <algorithm>
 
 #include "PingWrapper.h"
+#include "TextOrder.h"
 
 namespace {
 const int maxPingThreads = 5;
@@ -19,9 +21,21 @@ PingManager::PingManager(QObject* parent)
 void PingManager::pingServers(QVector<ServerInfo> servers)
 {
     stopPing();
+    // Sorted once, by the names' leading characters as integers: ten thousand insertions into an ordered map, each
+    // comparing names, took milliseconds at the end of every sign-in.
+    QVector<QString> names;
+    names.reserve(servers.size());
+    for (const ServerInfo& server : qAsConst(servers))
+        names.append(server.name);
+    const QVector<int> order = orderByText(names);
     results.clear();
-    for (const ServerInfo& server : servers)
-        results.insert(server.name, server);
+    results.reserve(order.size());
+    for (int place = 0; place < order.size(); ++place) {
+        // Records of one name follow each other in list order.
+        if (place + 1 < order.size() && names.at(order.at(place + 1)) == names.at(order.at(place)))
+            continue;
+        results.append(servers.at(order.at(place)));
+    }
 
     // One job per record, duplicates included (the finish rule below counts on the surplus), run in order, five at a
     // time. The pool is handed a job only when it has a thread for it: ten thousand jobs made at once took several
@@ -66,20 +80,19 @@ void PingManager::stopPing()
 
 QVector<ServerInfo> PingManager::servers() const
 {
-    QVector<ServerInfo> list;
-    list.reserve(results.size());
-    for (const ServerInfo& server : results)
-        list.append(server);
-    return list;
+    return results;
 }
 
 void PingManager::onPingFinished(bool success, double timeMs, QString name, QString ip)
 {
     Q_UNUSED(ip)
     if (success) {
-        auto it = results.find(name);
+        const auto it
+            = std::lower_bound(results.begin(), results.end(), name, [](const ServerInfo& server, const QString& key) {
+                  return server.name < key;
+              });
         // 0 stands for "not measured", so an answer within a millisecond (a nearby host) is filed as 1.
-        if (it != results.end())
+        if (it != results.end() && it->name == name)
             it->ping = qMax<qint32>(1, static_cast<qint32>(timeMs));
     }
 

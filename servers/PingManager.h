@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QMap>
 #include <QObject>
 #include <QPair>
 #include <QString>
@@ -35,7 +34,8 @@ public slots:
     void onPingFinished(bool success, double timeMs, QString name, QString ip);
 
 private:
-    QMap<QString, ServerInfo> results;
+    // One record per name, the last of the list's records of that name, in name order (QString's comparison).
+    QVector<ServerInfo> results;
     QThreadPool* pool;
     int finishedCount = 0;
     // Hands the pool the next record of the pass, if there is one.

@@ -186,6 +186,10 @@ private slots:
                                                                               << 0;
         QTest::newRow("Latin-1 declared")
             << QByteArray("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r><cert user=\"\xe9\">\xe9</cert></r>") << 0;
+        QTest::newRow("plain children, then an entity and a character outside ASCII")
+            << QByteArray("<r><vpn name='a>b' ip = \"c\" /><config>YWJj</config><cert user=\"x\">a&amp;b</cert>"
+                          "<vpn name=\"\xc3\xa9\"/></r>")
+            << 0;
         QTest::newRow("truncated in a text") << QByteArray("<r><config>YWJj</config><cert>ZGVm") << 1;
         QTest::newRow("mismatched end tag") << QByteArray("<r><key>a</key><cert>b</key><vpn/></r>") << 1;
     }
