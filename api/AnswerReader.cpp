@@ -28,6 +28,13 @@ bool isSpace(char c)
     return c == ' ' || c == '\t' || c == '\n';
 }
 
+const char* skipSpace(const char* at, const char* end)
+{
+    while (at < end && isSpace(*at))
+        ++at;
+    return at;
+}
+
 bool nameStart(char c)
 {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
@@ -157,8 +164,7 @@ AnswerReader::Step AnswerReader::scanProlog()
         m_pos = close + 2;
         return Step::Token;
     }
-    while (at < end && isSpace(*at))
-        ++at;
+    at = skipSpace(at, end);
     m_pos = int(at - begin);
     if (at == end)
         return Step::More;
@@ -271,8 +277,7 @@ AnswerReader::Step AnswerReader::scanStartTag(int* nameLength, QVector<Attribute
     for (;;) {
         // Each attribute follows whitespace; the tag ends with ">" or "/>" after the name or an attribute.
         const char* const afterValue = at;
-        while (at < end && isSpace(*at))
-            ++at;
+        at = skipSpace(at, end);
         if (at == end)
             return Step::More;
         if (*at == '>' || *at == '/') {
@@ -289,15 +294,13 @@ AnswerReader::Step AnswerReader::scanStartTag(int* nameLength, QVector<Attribute
         while (at < end && nameChar(*at))
             ++at;
         const QLatin1String key(attributeName, int(at - attributeName));
-        while (at < end && isSpace(*at))
-            ++at;
+        at = skipSpace(at, end);
         if (at == end)
             return Step::More;
         if (*at != '=')
             return Step::Unsure;
         ++at;
-        while (at < end && isSpace(*at))
-            ++at;
+        at = skipSpace(at, end);
         if (at == end)
             return Step::More;
         const char quote = *at;
@@ -323,16 +326,12 @@ AnswerReader::Step AnswerReader::scanEndTag()
     const char* const begin = m_body.constData();
     const char* const end = begin + m_body.size();
     const char* const name = begin + m_pos + 2;
-    const char* at = name;
-    while (at < end && nameChar(*at))
-        ++at;
-    while (at < end && isSpace(*at))
-        ++at;
+    const char* nameEnd = name;
+    while (nameEnd < end && nameChar(*nameEnd))
+        ++nameEnd;
+    const char* const at = skipSpace(nameEnd, end);
     if (at == end)
         return Step::More;
-    const char* nameEnd = name;
-    while (nameEnd < at && nameChar(*nameEnd))
-        ++nameEnd;
     if (*at != '>' || m_open.isEmpty() || QByteArray::fromRawData(name, int(nameEnd - name)) != m_open.constLast())
         return Step::Unsure;
     m_open.removeLast();

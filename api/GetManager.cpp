@@ -69,7 +69,7 @@ void GetManager::slotFinished(QNetworkReply* reply)
         errorString.clear();
         streamed = reply == m_current;
         readPiece(reply);
-        data = m_bodies.value(reply);
+        data = m_bodies.take(reply);
     }
     m_bodies.remove(reply);
     if (reply == m_current)

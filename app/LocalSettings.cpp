@@ -53,9 +53,7 @@ LocalSettings::~LocalSettings()
 
 QSharedPointer<LocalSettings> LocalSettings::instance()
 {
-    if (!_self)
-        _self = QSharedPointer<LocalSettings>(new LocalSettings());
-    return _self;
+    return instance(nullptr);
 }
 
 QSharedPointer<LocalSettings> LocalSettings::instance(QSettings* ready)

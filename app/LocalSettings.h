@@ -20,9 +20,9 @@ public:
     ~LocalSettings() override;
 
     static QSharedPointer<LocalSettings> instance();
-    // Makes the process-wide instance around `ready`, a settings object with the default arguments that was made and
-    // read ahead of time and now lives on this thread; the instance owns it. Where an instance exists already,
-    // `ready` is deleted.
+    // Makes the process-wide instance around `ready` (or a new settings object without it), a settings object with the
+    // default arguments that was made and read ahead of time and now lives on this thread; the instance owns it. Where
+    // an instance exists already, `ready` is deleted.
     static QSharedPointer<LocalSettings> instance(QSettings* ready);
 
     QVariant value(QString key);

@@ -28,7 +28,6 @@ void ServerTreeModel::setServers(const QVector<ServerInfo>& list)
     m_groups.clear();
     const int count = m_servers.size();
     m_groupOf.resize(count);
-    m_rowInGroup.resize(count);
     m_sortTexts.clear();
     m_sortTexts.reserve(count);
 
@@ -51,7 +50,6 @@ void ServerTreeModel::setServers(const QVector<ServerInfo>& list)
         }
         Group& group = m_groups[*it];
         m_groupOf[i] = *it;
-        m_rowInGroup[i] = group.members.size();
         group.members.append(i);
         m_sortTexts.append(lowerCased(server.name));
     }

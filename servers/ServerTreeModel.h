@@ -61,9 +61,8 @@ private:
     // The list as handed in, shared with the caller until a mark changes.
     QVector<ServerInfo> m_servers;
     QVector<Group> m_groups;
-    // Per position in the list: its group, its row there, its lower-cased name and its place among its group's servers.
+    // Per position in the list: its group, its lower-cased name and its place among its group's servers.
     QVector<int> m_groupOf;
-    QVector<int> m_rowInGroup;
     QVector<QString> m_sortTexts;
     QVector<int> m_sortRanks;
 };
