@@ -3,6 +3,7 @@
 #include <QStringView>
 
 #include "AnswerReader.h"
+#include "Base64Text.h"
 #include "SharedValues.h"
 
 namespace {
@@ -15,7 +16,7 @@ QByteArray decodeBytes(QStringView base64)
 
 QString decodeText(QStringView base64)
 {
-    return QString::fromUtf8(decodeBytes(base64));
+    return base64Text(base64);
 }
 
 int decodeNumber(QStringView base64)

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace {
 // A tag or a declaration longer than this, still open, is left to QXmlStreamReader, which reads it incrementally.
@@ -11,16 +14,36 @@ const int maxAttributes = 32;
 const char cdataStart[] = "<![CDATA[";
 const int cdataStartLength = int(sizeof(cdataStart)) - 1;
 
+bool plainByte(unsigned char u)
+{
+    return (u >= 0x20 && u < 0x7f) || u == '\t' || u == '\n';
+}
+
 // Printable ASCII, tab and line feed: what the scan reads itself. A carriage return would need the line-end rules.
 bool allPlain(const QByteArray& bytes)
 {
-    // Two megabytes at a time: one comparison per byte.
-    unsigned char outside = 0;
-    for (const char c : bytes) {
-        const auto u = static_cast<unsigned char>(c);
-        outside |= static_cast<unsigned char>((u < 0x20 && u != '\t' && u != '\n') || u >= 0x7f);
+    // Megabytes at a time: sixteen bytes a step.
+    const char* at = bytes.constData();
+    const char* const end = at + bytes.size();
+#ifdef __SSE2__
+    __m128i outside = _mm_setzero_si128();
+    for (; end - at >= 16; at += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        // Signed bytes: below 0x20 takes in everything from 0x80 up, too.
+        const __m128i low = _mm_cmplt_epi8(v, _mm_set1_epi8(0x20));
+        const __m128i blank
+            = _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('\t')), _mm_cmpeq_epi8(v, _mm_set1_epi8('\n')));
+        const __m128i del = _mm_cmpeq_epi8(v, _mm_set1_epi8(0x7f));
+        outside = _mm_or_si128(outside, _mm_or_si128(_mm_andnot_si128(blank, low), del));
     }
-    return outside == 0;
+    if (_mm_movemask_epi8(outside) != 0)
+        return false;
+#endif
+    for (; at < end; ++at) {
+        if (!plainByte(static_cast<unsigned char>(*at)))
+            return false;
+    }
+    return true;
 }
 
 bool isSpace(char c)
