@@ -19,16 +19,16 @@ QStringList toPorts(QStringView text)
     return text.toString().split(portSeparator, Qt::KeepEmptyParts);
 }
 
-// QStringRef::toInt goes through the locale's number parser; a field of a few plain digits, which is what the lines
+// QString::toInt goes through the locale's number parser; a field of a few plain digits, which is what the lines
 // hold, is read here with the same result.
-int toInt(const QStringRef& field)
+int toInt(QStringView field)
 {
     if (field.isEmpty() || field.size() > 9)
-        return field.toInt();
+        return field.toString().toInt();
     int value = 0;
     for (const QChar c : field) {
         if (c < QLatin1Char('0') || c > QLatin1Char('9'))
-            return field.toInt();
+            return field.toString().toInt();
         value = value * 10 + (c.unicode() - '0');
     }
     return value;
@@ -37,23 +37,27 @@ int toInt(const QStringRef& field)
 
 ServerInfo ServerLines::server(const QString& line)
 {
-    QStringRef fields[fieldCount];
+    // The fields as views into the line, found in one pass over its characters.
+    QStringView fields[fieldCount];
     int count = 0;
-    for (int start = 0;; ++count) {
-        const int end = line.indexOf(fieldSeparator, start);
-        if (count < fieldCount)
-            fields[count] = end < 0 ? line.midRef(start) : line.midRef(start, end - start);
-        if (end < 0)
-            break;
-        start = end + 1;
+    const QChar* start = line.constData();
+    const QChar* const end = start + line.size();
+    for (const QChar* at = start;; ++at) {
+        if (at == end || *at == fieldSeparator) {
+            if (count < fieldCount)
+                fields[count] = QStringView(start, at - start);
+            ++count;
+            if (at == end)
+                break;
+            start = at + 1;
+        }
     }
-    ++count;
     ServerInfo s;
     if (count < 10)
         return s;
     s.name = fields[0].toString();
     s.flag = m_texts.value(fields[1], toText);
-    s.title = fields[2] == s.name ? s.name : fields[2].toString();
+    s.title = fields[2] == QStringView(s.name) ? s.name : fields[2].toString();
     s.ip = fields[3].toString();
     s.favorite = toInt(fields[4]) != 0;
     s.user = m_texts.value(fields[5], toText);
