@@ -12,6 +12,7 @@
 #include <QSet>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "FavoriteServerItemDelegate.h"
 #include "FavoritesServerModel.h"
@@ -213,8 +214,14 @@ void ServerListWindow::setServers(QVector<ServerInfo> servers, int protocol, boo
     for (const QString& user : qAsConst(users))
         qDebug() << "user: " << user;
     qDebug() << "ServerListWindow::setServers count:" << kept.size();
+    // A refresh or another protocol mostly brings the names of the list before, in the same order: what the flat
+    // table derives from them then stands.
+    const auto sameName = [](const ServerInfo& left, const ServerInfo& right) {
+        return left.name == right.name;
+    };
+    if (kept.size() != m_servers.size() || !std::equal(kept.cbegin(), kept.cend(), m_servers.cbegin(), sameName))
+        m_names.reset();
     m_servers = std::move(kept);
-    m_names.reset();
 
     if (flag && !favoriteList.isEmpty())
         onFilterChange(FavoritesFilter);

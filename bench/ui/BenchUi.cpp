@@ -30,7 +30,7 @@ QTextStream& out()
     return stream;
 }
 
-QVector<ServerInfo> catalogue(int size)
+QVector<ServerInfo> catalogue(int size, const QString& suffix = QString())
 {
     static const char* const flags[] = {"de", "fr", "nl", "us", "jp", "gb", "se", "ch", "ca", "no", "cz", "it"};
     QVector<ServerInfo> servers;
@@ -39,8 +39,9 @@ QVector<ServerInfo> catalogue(int size)
         ServerInfo s;
         const bool twoHops = i % 4 == 3;
         const QString country = QString::fromLatin1(flags[i % 12]).toUpper();
-        s.name = twoHops ? QStringLiteral("%1-Exit %2").arg(country).arg(i)
-                         : QStringLiteral("%1 City %2").arg(country).arg(i);
+        s.name = (twoHops ? QStringLiteral("%1-Exit %2").arg(country).arg(i)
+                          : QStringLiteral("%1 City %2").arg(country).arg(i))
+            + suffix;
         s.flag = QLatin1String(flags[i % 12]);
         s.user = QStringLiteral("vpn%1").arg(i % 2);
         s.ip = QStringLiteral("192.0.2.%1").arg(i % 250);
@@ -89,7 +90,7 @@ bool measure(const QString& name,
         worstAtGoalSize = std::max(worstAtGoalSize, ms);
     const bool ok = size != 10000 || ms <= goalMs;
     out() << QStringLiteral("%1 %2 %3 ms%4\n")
-                 .arg(name, -34)
+                 .arg(name, -40)
                  .arg(size, 6)
                  .arg(ms, 8, 'f', 2)
                  .arg(ok ? QString() : QStringLiteral("  over the goal"));
@@ -124,8 +125,17 @@ int main(int argc, char** argv)
         };
         auto none = [] {
         };
+        // A list of other names (a new account or a changed list), then the same list again (a refresh).
+        const QVector<ServerInfo> others = catalogue(size, QStringLiteral(" b"));
+        int fills = 0;
         allOk &= measure(
-            QStringLiteral("fill (setServers, standard view)"),
+            QStringLiteral("fill with a new list of names"),
+            size,
+            none,
+            [&] { page.setServers(++fills % 2 ? others : servers, OpenVpnUdp, false); },
+            page);
+        allOk &= measure(
+            QStringLiteral("fill again (a refresh, the same names)"),
             size,
             none,
             [&] { page.setServers(servers, OpenVpnUdp, false); },

@@ -82,6 +82,30 @@ private slots:
         QCOMPARE(m_page->protocol(), protocol);
     }
 
+    // A list of the same length in another order, or with other names, is ordered anew; one with the same names in
+    // the same order keeps what was worked out from them.
+    void refillOrdersByName_data()
+    {
+        QTest::addColumn<QString>("second");
+        QTest::addColumn<QStringList>("shown");
+        QTest::newRow("same names, another order")
+            << "Paris Berlin Amsterdam" << QStringList {"Amsterdam", "Berlin", "Paris"};
+        QTest::newRow("other names") << "Oslo Rome Bern" << QStringList {"Bern", "Oslo", "Rome"};
+        QTest::newRow("a name twice") << "Berlin Berlin Paris" << QStringList {"Berlin", "Berlin", "Paris"};
+        QTest::newRow("the same list") << "Berlin Amsterdam Paris" << QStringList {"Amsterdam", "Berlin", "Paris"};
+    }
+    void refillOrdersByName()
+    {
+        QFETCH(QString, second);
+        m_page->setServers(serversFromText(QStringLiteral("Berlin Amsterdam Paris")), 5, false);
+        m_page->setServers(serversFromText(second), 5, false);
+        QAbstractItemModel* model = m_page->view()->model();
+        QStringList shown;
+        for (int row = 0; row < model->rowCount(); ++row)
+            shown << model->index(row, 0).data().toString();
+        QTEST(shown, "shown");
+    }
+
     void choosesViewFromRememberedLocation_data()
     {
         QTest::addColumn<QString>("lastLocation");
