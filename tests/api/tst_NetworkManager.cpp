@@ -4,7 +4,6 @@
 #include <QStandardPaths>
 
 #include "AnswerReader.h"
-#include "Base64Text.h"
 #include "FakeService.h"
 #include "GetManager.h"
 #include "LocalSettings.h"
@@ -205,27 +204,6 @@ private slots:
         // As it arrives from the network, cut anywhere: inside a name, an entity, a character, a CDATA marker.
         for (const int pieceSize : {1, 3, 7})
             QCOMPARE(streamWalk(body, pieceSize), expected);
-    }
-
-    // Base64 of bytes that are ASCII, UTF-8 or not UTF-8 at all, with padding, blanks and foreign characters
-    // dropped in anywhere: read as Qt's decoder and UTF-8 read it.
-    void base64TextAsQtReadsIt()
-    {
-        QRandomGenerator random(26);
-        const QString foreign = QStringLiteral("= \n-_.?\u00e9\u20ac\u00c1");
-        for (int round = 0; round < 3000; ++round) {
-            QByteArray bytes(random.bounded(12), Qt::Uninitialized);
-            const int range = round % 3 == 0 ? 256 : 128;
-            for (char& byte : bytes)
-                byte = char(random.bounded(range));
-            QString base64 = QString::fromLatin1(
-                bytes.toBase64(round % 2 ? QByteArray::OmitTrailingEquals : QByteArray::Base64Encoding));
-            for (int extra = random.bounded(3); extra > 0; --extra)
-                base64.insert(random.bounded(base64.size() + 1), foreign.at(random.bounded(foreign.size())));
-            if (round % 5 == 0 && !base64.isEmpty())
-                base64.chop(random.bounded(base64.size()) + 1);
-            QCOMPARE(base64Text(base64), QString::fromUtf8(QByteArray::fromBase64(base64.toLatin1())));
-        }
     }
 
     // A refused certificate ends the handshake, so the request never reaches the service. The trusted authority of
