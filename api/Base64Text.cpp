@@ -59,6 +59,8 @@ QString base64Text(QStringView base64)
             out[length++] = QChar(ushort(byte));
         }
     }
+    if (length == 0) // null or empty as the decoders would make it
+        return QString::fromUtf8(QByteArray::fromBase64(base64.toLatin1()));
     text.truncate(length);
     return text;
 }
