@@ -298,7 +298,6 @@ void ServerListWindow::setupView(ViewType type, const std::function<void(Abstrac
     proxy->sort(0, Qt::AscendingOrder);
     m_view->setItemDelegate(delegate.data());
     QItemSelectionModel* oldSelection = m_view->selectionModel();
-    // A new model comes with every row collapsed; laying its rows out waits for the view's next paint.
     m_view->setModel(proxy.data());
     delete oldSelection;
     m_model = model;
@@ -347,10 +346,12 @@ void ServerListWindow::onFilterChange(int id)
     case StandartFilter:
         setupView(PingView, [](AbstractFilterModel& proxy) { proxy.showStandart(); });
         m_pbStandart->setChecked(true);
+        m_view->collapseAll();
         break;
     case DoubleFilter:
         setupView(TreeView, [](AbstractFilterModel& proxy) { proxy.showDouble(); });
         m_pbDouble->setChecked(true);
+        m_view->collapseAll();
         break;
     case SearchFilter: {
         QString text = m_search->text();
@@ -358,6 +359,7 @@ void ServerListWindow::onFilterChange(int id)
         m_pbFavorites->hide();
         m_pbDouble->hide();
         m_pbStandart->hide();
+        m_view->collapseAll();
         m_pbSearch->setChecked(true);
         m_search->show();
         m_search->setFocus();
