@@ -55,11 +55,19 @@ QVector<ServerInfo> catalogue(int size, const QString& suffix = QString())
     return servers;
 }
 
-// Layout and one paint of what is visible, as the user would see it.
+// The view's own layout of rows it has left for later, without waiting for the event loop (a protected member).
+struct DelayedLayout : QAbstractItemView
+{
+    using QAbstractItemView::executeDelayedItemsLayout;
+};
+
+// Layout and one paint of what is visible, as the user would see it: a layout the page has already done is not done
+// again.
 void settle(ServerListWindow& page)
 {
-    page.view()->doItemsLayout();
-    page.view()->viewport()->repaint();
+    auto* view = static_cast<QAbstractItemView*>(page.view());
+    (view->*&DelayedLayout::executeDelayedItemsLayout)();
+    view->viewport()->repaint();
     QCoreApplication::processEvents();
 }
 
