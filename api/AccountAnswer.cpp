@@ -14,20 +14,15 @@ QByteArray decodeBytes(QStringView base64)
     return QByteArray::fromBase64(base64.toLatin1());
 }
 
-QString decodeText(QStringView base64)
-{
-    return base64Text(base64);
-}
-
 int decodeNumber(QStringView base64)
 {
-    return decodeText(base64).toInt();
+    return base64Text(base64).toInt();
 }
 
 // A port list whose first item is "0" means "none". Empty parts are kept, so an absent attribute gives [""].
 QStringList decodePorts(QStringView base64)
 {
-    QStringList ports = decodeText(base64).split(QLatin1Char(','), Qt::KeepEmptyParts);
+    QStringList ports = base64Text(base64).split(QLatin1Char(','), Qt::KeepEmptyParts);
     if (ports.first() == QLatin1String("0"))
         ports.clear();
     return ports;
@@ -37,9 +32,9 @@ QStringList decodePorts(QStringView base64)
 void takeUpdatePart(QPair<QString, QString>* update, const QString& name, const QString& text)
 {
     if (name == QLatin1String("ver"))
-        update->first = decodeText(text);
+        update->first = base64Text(text);
     else if (name == QLatin1String("link"))
-        update->second = decodeText(text);
+        update->second = base64Text(text);
 }
 
 // Turns the attributes of one `vpn` element into a server record, all but the password, which comes from the
@@ -54,18 +49,18 @@ public:
             return answer.attribute(QLatin1String(name));
         };
         ServerInfo server;
-        server.name = decodeText(attribute("name"));
+        server.name = base64Text(attribute("name"));
         server.title = server.name;
-        server.ip = decodeText(attribute("ip"));
+        server.ip = base64Text(attribute("ip"));
         server.tcpPorts = m_ports.value(attribute("tcp"), decodePorts);
         server.udpPorts = m_ports.value(attribute("udp"), decodePorts);
         server.sslPort = m_numbers.value(attribute("ssl"), decodeNumber);
-        server.flag = m_texts.value(attribute("flag"), decodeText);
-        server.user = m_texts.value(attribute("user"), decodeText);
+        server.flag = m_texts.value(attribute("flag"), base64Text);
+        server.user = m_texts.value(attribute("user"), base64Text);
         // `dns` is sent but not used.
         const bool twoHops = m_numbers.value(attribute("group"), decodeNumber) == 2;
         server.type = twoHops ? ServerInfo::Double : ServerInfo::Standart;
-        server.sni = m_texts.value(attribute("sni"), decodeText);
+        server.sni = m_texts.value(attribute("sni"), base64Text);
         server.ping = 0;
         server.favorite = false;
         server.protocol = OpenVpnUdp;
@@ -111,7 +106,7 @@ public:
     {
         const QString& tag = answer.name();
         const auto user = [&answer] {
-            return decodeText(answer.attribute(QLatin1String("user")));
+            return base64Text(answer.attribute(QLatin1String("user")));
         };
         if (tag == QLatin1String("vpn")) {
             m_servers.append(m_decoder.server(answer));
@@ -126,9 +121,9 @@ public:
             m_steps.append(Step(Step::Config, QString(), decodeBytes(answer.text())));
         } else if (tag == QLatin1String("file")) {
             const QString login = user();
-            const QString pass = decodeText(answer.attribute(QLatin1String("pass")));
+            const QString pass = base64Text(answer.attribute(QLatin1String("pass")));
             // A 32-bit count, as the service has always sent it: no number, or one past 2038, gives 1970.
-            const quint32 expiry = quint32(decodeText(answer.attribute(QLatin1String("exp"))).toInt());
+            const quint32 expiry = quint32(base64Text(answer.attribute(QLatin1String("exp"))).toInt());
             m_steps.append(Step(Step::File,
                                 QString(),
                                 QByteArray(),
@@ -223,15 +218,15 @@ void AccountAnswer::readAvailable()
         }
         const QString& tag = answer.name();
         if (tag == QLatin1String("ver")) {
-            if (decodeText(answer.text()) != trueText)
+            if (base64Text(answer.text()) != trueText)
                 m_outcome = BadVersion;
             else
                 m_lite = answer.attribute(QLatin1String("type")) == QLatin1String("lite");
         } else if (tag == QLatin1String("auth")) {
-            if (decodeText(answer.text()) != trueText)
+            if (base64Text(answer.text()) != trueText)
                 m_outcome = WrongLogin;
         } else if (tag == QLatin1String("error")) {
-            m_errorText = decodeText(answer.text());
+            m_errorText = base64Text(answer.text());
             m_outcome = Refused;
         } else {
             m_reading->take(answer);
@@ -274,7 +269,7 @@ bool AccountAnswer::firstText(const QByteArray& body, QLatin1String name, QStrin
     AnswerReader answer(body);
     while (answer.next()) {
         if (answer.name() == name) {
-            *text = decodeText(answer.text());
+            *text = base64Text(answer.text());
             return true;
         }
     }
